@@ -1,0 +1,16 @@
+// The library's only diagnostic channel: one text file, "Caixora.log", under LogBaseFolder +
+// "Log\". Nothing is kept between calls: the switch file "LD.txt" is read and the log opened,
+// written and closed for every line, so that both can be changed, moved and read while the host
+// runs.
+#pragma once
+
+#include "support/log_line.h"
+
+namespace caixora {
+
+// Writes one line, if the switch file asks for lines of this detail. Never fails towards its caller
+// (a line that memory does not suffice for is dropped), but ends the process when the log cannot
+// be opened: the library refuses to take payments without its log.
+void WriteLog(Pieces message, Detail detail = Detail::kOrdinary) noexcept;
+
+}  // namespace caixora
