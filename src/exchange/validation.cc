@@ -1,0 +1,53 @@
+#include "exchange/validation.h"
+
+#include "exchange/amount.h"
+#include "support/ansi.h"
+#include "support/cnpj.h"
+#include "support/log.h"
+#include "support/text.h"
+
+namespace caixora {
+namespace {
+
+constexpr std::size_t kCnpjLength = 14;
+
+Refusal Refuse(std::string_view text) { return std::string(text); }
+
+}  // namespace
+
+Refusal ValidateArguments(TefArguments& arguments) {
+  std::string& client = arguments.sCNPJCliente;
+  std::string& partner = arguments.sCNPJParceiro;
+  client = SomenteNumerosStr(client);
+  partner = SomenteNumerosStr(partner);
+
+  // Only the client's CNPJ is appended to its log lines; the other lines end at their colon.
+  if (client.size() < kCnpjLength) {
+    WriteLog({u8"CNPJ do cliente inválido(L): "_ansi, client});
+    return Refuse(u8"S;0;CNPJ DO CLIENTE INVÁLIDO"_ansi);
+  }
+  // The digits were tested with their punctuation; this second guard tests what is sent.
+  if (!ValidarCNPJ(client)) {
+    WriteLog({u8"CNPJ do cliente inválido: "_ansi, client});
+    return Refuse(u8"S;0;CNPJ DO CLIENTE INVÁLIDO"_ansi);
+  }
+  if (partner.size() < kCnpjLength) {
+    WriteLog({u8"CNPJ do parceiro inválido(L): "_ansi});
+    return Refuse(u8"S;0;CNPJ DO PARCEIRO INVÁLIDO"_ansi);
+  }
+  if (!ValidarCNPJ(partner)) {
+    WriteLog({u8"CNPJ do parceiro inválido: "_ansi});
+    return Refuse(u8"S;0;CNPJ DO PARCEIRO INVÁLIDO"_ansi);
+  }
+  if (arguments.iParcelas < 1) {
+    WriteLog({u8"Parcela inválida: "_ansi});
+    return Refuse(u8"S;0;PARCELA INVÁLIDA"_ansi);
+  }
+  if (!IsSendableAmount(arguments.dValor)) {
+    WriteLog({u8"Valor inválido: "_ansi});
+    return Refuse(u8"S;0;VALOR INVÁLIDO"_ansi);
+  }
+  return std::nullopt;
+}
+
+}  // namespace caixora
