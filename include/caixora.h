@@ -1,0 +1,250 @@
+/*
+ * Caixora.dll: card and electronic payments (TEF) for a point-of-sale program.
+ * C11 and C++20, 64-bit Windows.
+ *
+ * Conventions that hold for every function:
+ *
+ * 1. Texts going in are zero-terminated Windows-1252 bytes. They are read during the call and never
+ *    kept. A null pointer counts as an empty text.
+ * 2. Amounts (dValor) are in reais: 12.5 is R$ 12,50. Digits after the cents are cut, not rounded,
+ *    so round to cents before calling. An amount that is negative, not finite or of 2147483648 and
+ *    more is refused.
+ * 3. A CaixoraTexto is a BSTR that holds Windows-1252 BYTES, not UTF-16. It is never null. Read its
+ *    bytes through (const char *)texto and their count with SysStringByteLen, then give it back
+ *    with SysFreeString. The library keeps no reference to it.
+ * 4. Every call blocks its thread until it has ended; while the GP's answer is awaited there is no
+ *    time limit. The library's state is process-wide and unguarded: one call at a time.
+ * 5. No call raises an error or exception. One thing ends the host: a log file that cannot be
+ *    opened for writing prints a message on the standard output and exits with status 1.
+ *
+ * Result of a payment function (payment functions return CaixoraTexto unless stated otherwise):
+ *
+ *    S;0;<message>                                  refused or failed; the message says why
+ *    S;1;<message>\r\nC;<15 fields>\r\nI;<line>...  approved, with a receipt to print
+ *    S;2;<message>\r\nC;<15 fields>                 approved, no receipt announced
+ *
+ * The fifteen fields after "C;", separated by ";": 1 coupon, 2 amount in cents, 3 card institution,
+ * 4 network, 5 authorisation, 6 NSU, 7 transaction type, 8 instalments, 9 field 800-007 (control),
+ * 10 field 170-000, 11 network code, 12 to 14 fields 740-000, 741-000 and 742-000, 15 field 031-000.
+ * Each "I;" line is one line of the receipt.
+ *
+ * Arguments that keep their meaning everywhere:
+ *
+ *    sCNPJCliente   the merchant's CNPJ, 14 digits, with or without ".", "-" and "/"
+ *    sCNPJParceiro  the CNPJ of the maker of the point-of-sale program
+ *    iCupom         the caller's receipt number; it identifies the transaction towards the GP
+ *    iLeitor        the reader (terminal) number
+ *    iParcelas      number of instalments, at least 1
+ */
+#ifndef CAIXORA_H
+#define CAIXORA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* A BSTR (see convention 3); this header does without <oleauto.h>. */
+typedef wchar_t *CaixoraTexto;
+
+/* ---- Sales ---- */
+
+/* Credit sale; the GP asks how it is to be paid. */
+CaixoraTexto VendeCredito(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                          int32_t iCupom, int32_t iLeitor);
+
+/* Credit sale in a single payment. */
+CaixoraTexto VendeCreditoVista(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                               int32_t iCupom, int32_t iLeitor);
+
+/* Credit sale in instalments financed by the shop. iParcelas below 1 is refused. */
+CaixoraTexto VendeCreditoParcLoja(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                  int32_t iParcelas, double dValor, int32_t iCupom,
+                                  int32_t iLeitor);
+
+/* Credit sale in instalments financed by the card issuer. iParcelas below 1 is refused. */
+CaixoraTexto VendeCreditoParcAdm(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                 int32_t iParcelas, double dValor, int32_t iCupom, int32_t iLeitor);
+
+/* Debit sale; the GP asks how it is to be paid. */
+CaixoraTexto VendeDebito(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                         int32_t iCupom, int32_t iLeitor);
+
+/* Debit sale in a single payment. */
+CaixoraTexto VendeDebitoAVista(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                               int32_t iCupom, int32_t iLeitor);
+
+/* Sale through the GP's private-label menu. */
+CaixoraTexto MenuPrivate(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                         int32_t iCupom, int32_t iLeitor);
+
+/* Sale with a digital wallet or Pix. */
+CaixoraTexto VendeCarteiraDigitalPix(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                     double dValor, int32_t iCupom, int32_t iLeitor);
+
+/* Sale in the ParceleMais programme. */
+CaixoraTexto ParceleMais(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                         int32_t iCupom, int32_t iLeitor);
+
+/*
+ * Fleet sale. sKM is the odometer, sPlaca the licence plate, sMatricula the driver's registration;
+ * each is left out of the request when empty. sItens holds iQtdeItens items separated by "|", each
+ * of six fields separated by "-" (missing ones are sent empty). A count that differs from the
+ * items sent is refused; without items pass 0 and an empty text.
+ */
+CaixoraTexto VendeFrotaCompleto(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                                const char *sKM, const char *sPlaca, const char *sMatricula,
+                                int32_t iQtdeItens, const char *sItens, int32_t iCupom,
+                                int32_t iLeitor);
+
+/* ---- Payment links ---- */
+
+/*
+ * Creates a payment link. sItens holds at least iQtdeItens items separated by "|", each of exactly
+ * six fields separated by the byte 0xAC (the not sign): two free texts, the quantity (a whole
+ * number) and three numbers with "." or "," as decimal mark. Anything else is refused. Without
+ * items pass 0 and an empty text. sCampo011 and sCampo012 are sent as they stand, even when empty.
+ */
+CaixoraTexto LinkPagamento(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iParcelas,
+                           double dValor, int32_t iCupom, int32_t iQtdeItens, const char *sItens,
+                           const char *sCampo011, const char *sCampo012, int32_t iLeitor);
+
+/* Lists the payment links that have been paid. */
+CaixoraTexto ListarLinkPagamentoPago(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                     double dValor, int32_t iCupom, int32_t iLeitor);
+
+/* Opens the GP's maintenance of payment links. */
+CaixoraTexto ManutencaoLinkPagamento(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                     int32_t iLeitor);
+
+/* ---- After a sale ---- */
+
+/*
+ * Confirms the transaction of iCupom. Writes the request and returns at once, without the GP's
+ * word: "S;2;COMANDO COM SUCESSO" and a record line.
+ */
+CaixoraTexto Confirmar(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom);
+
+/* Undoes the transaction of iCupom; returns as Confirmar does. */
+CaixoraTexto Desfazimento(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom);
+
+/*
+ * Cancels a confirmed transaction. dValor is sent when above zero; sControle, the control text of
+ * the transaction (record field 9), when not empty.
+ */
+CaixoraTexto Cancelar(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
+                      int32_t iCupom, const char *sControle, int32_t iLeitor);
+
+/* Reprints through the GP's own menu. */
+CaixoraTexto Reimpressao(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iLeitor);
+
+/* Reprints the transaction with this NSU and date ("25/03/2021"; ".", "-" and "/" are removed). */
+CaixoraTexto ReimpressaoDireto(const char *sCNPJCliente, const char *sCNPJParceiro,
+                               const char *sNSU, const char *data, int32_t iCupom, int32_t iLeitor);
+
+/* ---- Administration ---- */
+
+/* Opens the GP's administrative menu. dValor is sent when above zero. */
+CaixoraTexto Adm(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor, int32_t iCupom,
+                 int32_t iLeitor);
+
+/* The GP's report of transactions. */
+CaixoraTexto Relatorio(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom,
+                       int32_t iLeitor);
+
+/* Mobile phone top-up. */
+CaixoraTexto RecargaCelular(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom,
+                            int32_t iLeitor);
+
+/* Asks whether the GP is there: it answers, or the call ends with "S;0;GP NÃO ATIVO". */
+CaixoraTexto Atv(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom,
+                 int32_t iLeitor);
+
+/* Has the GP ask the customer for a CPF. */
+CaixoraTexto SolicitarCPF(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom);
+
+/* Has the GP ask the customer for a CNPJ. */
+CaixoraTexto SolicitarCNPJ(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom);
+
+/* Has the GP ask the customer for a CPF or a CNPJ. */
+CaixoraTexto SolicitarDocumento(const char *sCNPJCliente, const char *sCNPJParceiro,
+                                int32_t iCupom);
+
+/* Returns "OK", a constant that is not to be freed. Touches no file; forgets a pending confirmation. */
+const char *Teste(void);
+
+/* ---- Interactive flow: the companion program Trevix.exe asks, the host answers ---- */
+
+/*
+ * Codes of the interactive functions. The host must run as administrator, with ConfigQJ.ini (line
+ * CAMINHO=<folder of Trevix.exe>, no trailing backslash) in its current directory.
+ */
+enum {
+  CAIXORA_QJ_SUCESSO = 0,
+  CAIXORA_QJ_SEM_CAMINHO = 30,          /* no CAMINHO line in ConfigQJ.ini */
+  CAIXORA_QJ_CAMINHO_VAZIO = 31,        /* CAMINHO without a folder */
+  CAIXORA_QJ_TREVIX_AUSENTE = 32,       /* no readable Trevix.exe in that folder */
+  CAIXORA_QJ_TREVIX_NAO_EXECUTA = 33,   /* started, but not running right afterwards */
+  CAIXORA_QJ_ERRO_AO_INICIAR = 34,      /* failure while starting */
+  CAIXORA_QJ_SEM_ARQUIVO_RESP = 35,     /* the answer file could not be created */
+  CAIXORA_QJ_ERRO_RESP = 36,            /* failure while writing or replacing the answer file */
+  CAIXORA_QJ_SEM_CONFIG = 37,           /* ConfigQJ.ini could not be read */
+  CAIXORA_QJ_VALOR_INVALIDO = 38,       /* the amount is not in the form 0,00 */
+  CAIXORA_QJ_EMAIL_AUSENTE = 39,        /* no Email.exe in the companion's folder */
+  CAIXORA_QJ_CNPJ_INVALIDO = 40,
+  CAIXORA_QJ_EM_ATUALIZACAO = 41,       /* the companion is being updated */
+  CAIXORA_QJ_SEM_ADMINISTRADOR = 42,    /* the host does not run elevated */
+  CAIXORA_QJ_OUTRA_TRANSACAO = 43       /* a running companion could not be stopped */
+};
+
+/*
+ * Starts the companion with the function `uFuncao`. The arguments go to it in this order; what they
+ * mean beyond their names here is the companion's business:
+ *
+ *    uFuncao    function number            sCampo6..9  texts (6: "*" anywhere keeps the finish from
+ *    sCNPJ      the merchant's CNPJ                    sending; 7 to 9 also go to the sender)
+ *    uCampo3    number                     uCampo10    number
+ *    sCampo4    text                       sCampo11    accepted and not used
+ *    sValor     amount in the form "12,50": a comma and two more characters at its end
+ *
+ * No text may hold the byte 0xAC, which separates the fields. Stops a companion that still runs and
+ * removes what an earlier flow left in the exchange files. Returns 0, or 30 to 34, 37, 38, 40 to 43.
+ */
+int32_t IniciaFuncaoQJInterativo(uint32_t uFuncao, const char *sCNPJ, uint32_t uCampo3,
+                                 const char *sCampo4, const char *sValor, const char *sCampo6,
+                                 const char *sCampo7, const char *sCampo8, const char *sCampo9,
+                                 uint32_t uCampo10, const char *sCampo11);
+
+/*
+ * One poll for the companion's next text: a question to answer, a text holding "[RETORNO]" (the
+ * result: the flow is over), a text beginning with "[ERROABORTAR]#" (abandon the flow), or an empty
+ * text: nothing yet, poll again.
+ */
+CaixoraTexto AguardaFuncaoQJInterativo(void);
+
+/* Answers the last question. Returns 0, 35 or 36. */
+int32_t ContinuaFuncaoQJInterativo(const char *sInformacao);
+
+/*
+ * Finishes the flow with the arguments of its start: runs the companion once more, waits for it to
+ * end without a time limit and, unless sCampo6 holds a "*", has Email.exe send the transaction.
+ * Returns what the start returns, or 39.
+ */
+int32_t FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char *sCNPJ, uint32_t uCampo3,
+                                   const char *sCampo4, const char *sValor, const char *sCampo6,
+                                   const char *sCampo7, const char *sCampo8, const char *sCampo9,
+                                   uint32_t uCampo10, const char *sCampo11);
+
+/* Abandons the flow: stops the companion and starts it with its cancel line. Returns 0, 42 or 43. */
+int32_t CancelarFluxoQJInterativo(void);
+
+/* Developer aid: opens the companion from a fixed folder with a fixed line. Returns 0. */
+int32_t ConfiguraIntTefInterativo(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* CAIXORA_H */
