@@ -16,17 +16,22 @@
  *    time limit. The library's state is process-wide and unguarded: one call at a time.
  * 5. No call raises an error or exception. One thing ends the host: a log file that cannot be
  *    opened for writing prints a message on the standard output and exits with status 1.
+ * 6. Confirmar and Desfazimento leave a pending confirmation, which the next answer read forgets. A
+ *    call of theirs that is refused, or that finds the GP not running, leaves it in force, and the
+ *    next payment call is then answered as if it were the confirmation. Repeat the refused call, or
+ *    call Teste, which forgets it (as Cancelar and RecargaCelular do).
  *
  * Result of a payment function (payment functions return CaixoraTexto unless stated otherwise):
  *
  *    S;0;<message>                                  refused or failed; the message says why
- *    S;1;<message>\r\nC;<15 fields>\r\nI;<line>...  approved, with a receipt to print
+ *    S;1;<message>\r\nC;<15 fields>\r\nI;<line>...  approved, a receipt announced
  *    S;2;<message>\r\nC;<15 fields>                 approved, no receipt announced
  *
  * The fifteen fields after "C;", separated by ";": 1 coupon, 2 amount in cents, 3 card institution,
  * 4 network, 5 authorisation, 6 NSU, 7 transaction type, 8 instalments, 9 field 800-007 (control),
  * 10 field 170-000, 11 network code, 12 to 14 fields 740-000, 741-000 and 742-000, 15 field 031-000.
- * Each "I;" line is one line of the receipt.
+ * Each "I;" line is one line of the receipt; they are the lines that the GP sent, whatever number it
+ * announced.
  *
  * Arguments that keep their meaning everywhere:
  *
@@ -92,7 +97,7 @@ CaixoraTexto ParceleMais(const char *sCNPJCliente, const char *sCNPJParceiro, do
  * Fleet sale. sKM is the odometer, sPlaca the licence plate, sMatricula the driver's registration;
  * each is left out of the request when empty. sItens holds iQtdeItens items separated by "|", each
  * of six fields separated by "-" (missing ones are sent empty). A count that differs from the
- * items sent is refused; without items pass 0 and an empty text.
+ * items sent is refused. With a count below 1 or an empty text no items are sent.
  */
 CaixoraTexto VendeFrotaCompleto(const char *sCNPJCliente, const char *sCNPJParceiro, double dValor,
                                 const char *sKM, const char *sPlaca, const char *sMatricula,
@@ -104,8 +109,9 @@ CaixoraTexto VendeFrotaCompleto(const char *sCNPJCliente, const char *sCNPJParce
 /*
  * Creates a payment link. sItens holds at least iQtdeItens items separated by "|", each of exactly
  * six fields separated by the byte 0xAC (the not sign): two free texts, the quantity (a whole
- * number) and three numbers with "." or "," as decimal mark. Anything else is refused. Without
- * items pass 0 and an empty text. sCampo011 and sCampo012 are sent as they stand, even when empty.
+ * number) and three numbers with "." or "," as decimal mark. Anything else is refused. With a count
+ * below 1 or an empty text no items are sent. sCampo011 and sCampo012 are sent as they stand, even
+ * when empty; the CNPJ and iLeitor are not sent.
  */
 CaixoraTexto LinkPagamento(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iParcelas,
                            double dValor, int32_t iCupom, int32_t iQtdeItens, const char *sItens,
@@ -122,8 +128,8 @@ CaixoraTexto ManutencaoLinkPagamento(const char *sCNPJCliente, const char *sCNPJ
 /* ---- After a sale ---- */
 
 /*
- * Confirms the transaction of iCupom. Writes the request and returns at once, without the GP's
- * word: "S;2;COMANDO COM SUCESSO" and a record line.
+ * Confirms the transaction of iCupom. Writes the request and returns after its fixed waits, without
+ * the GP's word: "S;2;COMANDO COM SUCESSO" and a record line.
  */
 CaixoraTexto Confirmar(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom);
 
@@ -172,7 +178,7 @@ CaixoraTexto SolicitarCNPJ(const char *sCNPJCliente, const char *sCNPJParceiro, 
 CaixoraTexto SolicitarDocumento(const char *sCNPJCliente, const char *sCNPJParceiro,
                                 int32_t iCupom);
 
-/* Returns "OK", a constant that is not to be freed. Touches no file; forgets a pending confirmation. */
+/* Returns "OK", a constant not to be freed. Touches no file; forgets a pending confirmation. */
 const char *Teste(void);
 
 /* ---- Interactive flow: the companion program Trevix.exe asks, the host answers ---- */
@@ -184,7 +190,7 @@ const char *Teste(void);
 enum {
   CAIXORA_QJ_SUCESSO = 0,
   CAIXORA_QJ_SEM_CAMINHO = 30,          /* no CAMINHO line in ConfigQJ.ini */
-  CAIXORA_QJ_CAMINHO_VAZIO = 31,        /* CAMINHO without a folder */
+  CAIXORA_QJ_CAMINHO_VAZIO = 31,        /* CAMINHO with an empty folder ("CAMINHO=" alone is 30) */
   CAIXORA_QJ_TREVIX_AUSENTE = 32,       /* no readable Trevix.exe in that folder */
   CAIXORA_QJ_TREVIX_NAO_EXECUTA = 33,   /* started, but not running right afterwards */
   CAIXORA_QJ_ERRO_AO_INICIAR = 34,      /* failure while starting */
@@ -220,7 +226,7 @@ int32_t IniciaFuncaoQJInterativo(uint32_t uFuncao, const char *sCNPJ, uint32_t u
 /*
  * One poll for the companion's next text: a question to answer, a text holding "[RETORNO]" (the
  * result: the flow is over), a text beginning with "[ERROABORTAR]#" (abandon the flow), or an empty
- * text: nothing yet, poll again.
+ * text: nothing yet, poll again. Pause between polls: each writes to the log.
  */
 CaixoraTexto AguardaFuncaoQJInterativo(void);
 
@@ -228,8 +234,9 @@ CaixoraTexto AguardaFuncaoQJInterativo(void);
 int32_t ContinuaFuncaoQJInterativo(const char *sInformacao);
 
 /*
- * Finishes the flow with the arguments of its start: runs the companion once more, waits for it to
- * end without a time limit and, unless sCampo6 holds a "*", has Email.exe send the transaction.
+ * Finishes the flow, with the arguments of its start and the companion's function number for a
+ * finish: runs the companion once more, waits for it to end without a time limit and, unless sCampo6
+ * holds a "*", has Email.exe send the transaction.
  * Returns what the start returns, or 39.
  */
 int32_t FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char *sCNPJ, uint32_t uCampo3,

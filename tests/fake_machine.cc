@@ -174,26 +174,25 @@ bool ImageRuns(const std::string& name) noexcept {
 }
 
 namespace {
-void Start(const std::string& verb, const std::string& program, const std::string& arguments) {
-  const InMachine scope;
+void Start(const std::string& what) {
   if (NextCallFails()) return;
-  machine.started.push_back(verb + "|" + program + "|" + arguments);
+  machine.started.push_back(what);
   machine.on_start();
 }
 }  // namespace
 
 void ShellOpen(const std::string& program, const std::string& arguments) noexcept {
-  Start("open", program, arguments);
+  const InMachine scope;
+  Start("open|" + program + "|" + arguments);
 }
 void ShellRunElevated(const wchar_t* program, const wchar_t* arguments) noexcept {
-  const std::wstring p = program, a = arguments;
-  const auto narrow = [](wchar_t c) { return static_cast<char>(c); };
-  std::string program_text, arguments_text;
-  for (const wchar_t c : p) program_text += narrow(c);
-  for (const wchar_t c : a) arguments_text += narrow(c);
-  Start("runas", program_text, arguments_text);
+  const InMachine scope;
+  Start("runas|" + ToNarrow(program) + "|" + ToNarrow(arguments));
 }
-void RunHidden(const char* command) noexcept { Start("hidden", command, ""); }
+void RunHidden(const char* command) noexcept {
+  const InMachine scope;
+  Start(std::string("hidden|") + command + "|");
+}
 bool IsElevated() noexcept { return !NextCallFails() && machine.elevated; }
 
 std::wstring HostVersion() { return L"7.8.9"; }

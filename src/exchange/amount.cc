@@ -1,11 +1,18 @@
 #include "exchange/amount.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 
 namespace caixora {
 
-bool IsSendableAmount(double reais) noexcept { return reais >= 0.0 && reais < 2147483648.0; }
+bool IsSendableAmount(double reais) noexcept {
+  // Looked at as bits first: Pascal hosts run with floating-point exceptions on, and there the mere
+  // comparison of a NaN ends the program.
+  constexpr std::uint64_t kExponent = 0x7FF0000000000000;
+  if ((std::bit_cast<std::uint64_t>(reais) & kExponent) == kExponent) return false;
+  return reais >= 0.0 && reais < 2147483648.0;
+}
 
 std::string PrintAmount(double reais) {
   // reais is mantissa / 2^shift exactly; 128 bits hold the mantissa's 53 with the 20 of a million.
