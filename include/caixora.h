@@ -6,9 +6,11 @@
  *
  * 1. Texts going in are zero-terminated Windows-1252 bytes. They are read during the call and never
  *    kept. A null pointer counts as an empty text.
- * 2. Amounts (dValor) are in reais: 12.5 is R$ 12,50. Digits after the cents are cut, not rounded,
- *    so round to cents before calling. An amount that is negative, not finite or of 2147483648 and
- *    more is refused.
+ * 2. Amounts (dValor) are in reais: 12.5 is R$ 12,50. ROUND TO CENTS BEFORE CALLING. Digits after
+ *    the cents are cut, not rounded: 10.999 is sent as R$ 10,99. Worse, a sum such as
+ *    9.999999999999998 is sent as R$ 1,00: of its print with six decimals (10.000000) as many digits
+ *    are kept as its whole part (9) has, and two more. An amount that is negative, not finite or of
+ *    2147483648 and more is refused.
  * 3. A CaixoraTexto is a BSTR that holds Windows-1252 BYTES, not UTF-16. It is never null. Read its
  *    bytes through (const char *)texto and their count with SysStringByteLen, then give it back
  *    with SysFreeString. The library keeps no reference to it.
@@ -164,7 +166,11 @@ CaixoraTexto Relatorio(const char *sCNPJCliente, const char *sCNPJParceiro, int3
 CaixoraTexto RecargaCelular(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom,
                             int32_t iLeitor);
 
-/* Asks whether the GP is there: it answers, or the call ends with "S;0;GP NÃO ATIVO". */
+/*
+ * Asks whether the GP is there. It answers, or the call ends as every payment call does with a GP
+ * that is not running ("S;0;GP NÃO ATIVO") or does not take the request ("S;0;GP NAO ATIVO"). A GP
+ * that runs and stays silent is waited for without a time limit.
+ */
 CaixoraTexto Atv(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iCupom,
                  int32_t iLeitor);
 

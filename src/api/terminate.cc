@@ -3,9 +3,7 @@
 // to read that on.
 #include <cstdlib>
 
-#ifdef __GNUC__
 namespace __gnu_cxx {
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() { std::abort(); }
 }  // namespace __gnu_cxx
-#endif

@@ -8,6 +8,7 @@
 #include "exchange/request_record.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/prepare_to_throw.h"
 #include "support/state.h"
 #include "support/text_mode.h"
 #include "support/version.h"
@@ -47,7 +48,8 @@ Refusal BuildRequest(std::int32_t code, const TefArguments& arguments, std::stri
 // answer file is removed: no failure in between can lose what the GP said.
 ResultString ReadAnswer(std::optional<File> file) {
   WriteLog({"LEU ARQUIVO NA PASTA RESP, RECUPERANDO DADOS"});
-  std::string bytes = ReadAll(*file);
+  std::string bytes;
+  ReadAll(*file, bytes);
   const std::string text = ComposeResult(ParseAnswer(bytes));
   const std::string path = AnswerPath();
   ResultString result = MakeResult({text});
@@ -98,6 +100,7 @@ ResultString Exchange(const TefCall& call, Progress& progress) {
 }  // namespace
 
 ResultString ChamaTef(const TefCall& call) noexcept {
+  PrepareToThrow();
   // Held from the start, so that running out of memory later cannot leave the host without a text.
   ResultString spare = MakeResultForSure({kFailedAfter});
   Progress progress;

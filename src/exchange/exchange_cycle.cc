@@ -111,8 +111,9 @@ Refusal WriteRequest(std::string_view record) {
       file->Write(bytes);
       written = true;
     } catch (const FileError&) {
+      // A full disk. The GP must not find part of a request: no file, or else an empty one.
       file.reset();
-      DeleteFileAt(path);  // a full disk: the GP must not find part of a request
+      if (DeleteFileAt(path) == Deletion::kFailed) File::Open(path, File::Use::kReplace);
     }
   }
   if (!written)

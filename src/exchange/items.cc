@@ -28,8 +28,8 @@ bool HasItems(const TefArguments& arguments) {
   return arguments.iQtdeItens >= 1 && !arguments.sItens.empty();
 }
 
-std::int32_t CountPieces(std::string_view text, char separator) {
-  std::int32_t count = 0;
+std::size_t CountPieces(std::string_view text, char separator) {
+  std::size_t count = 0;
   for (std::string_view piece; TakePiece(text, separator, piece);) ++count;
   return count;
 }
@@ -52,24 +52,24 @@ void AppendItem(std::string& record, std::string_view key, const Fields& fields)
 // Faults are collected over all items before the first in this order is reported.
 Refusal CheckLinkItems(const TefArguments& arguments) {
   std::string_view items = arguments.sItens;
-  const std::int32_t sent = CountPieces(items, kItemSeparator);
+  const auto declared = static_cast<std::size_t>(arguments.iQtdeItens);
+  const std::size_t sent = CountPieces(items, kItemSeparator);
   if (sent == 0) return std::string(kWrongSeparator);
   if (sent == 1) {
     std::string_view rest = items;
     std::string_view item;
     TakePiece(rest, kItemSeparator, item);
-    const auto fields = static_cast<std::size_t>(CountPieces(item, kNotSign));
+    const std::size_t fields = CountPieces(item, kNotSign);
     if (fields > kFieldCount) return std::string(kWrongSeparator);
     if (fields < kFieldCount) return std::string(kWrongFields);
   }
 
   bool quantity_ok = true;
-  bool six_fields_ok = sent >= arguments.iQtdeItens;
+  bool six_fields_ok = sent >= declared;
   bool values_ok = true;
   std::string_view item;
-  for (std::int32_t i = 1; i <= arguments.iQtdeItens && TakePiece(items, kItemSeparator, item);
-       ++i) {
-    if (CountPieces(item, kNotSign) != static_cast<std::int32_t>(kFieldCount)) {
+  for (std::size_t i = 1; i <= declared && TakePiece(items, kItemSeparator, item); ++i) {
+    if (CountPieces(item, kNotSign) != kFieldCount) {
       six_fields_ok = false;
       continue;
     }
@@ -105,8 +105,8 @@ Refusal AppendLinkItems(const TefArguments& arguments, std::string& record) {
 Refusal AppendFleetItems(const TefArguments& arguments, std::string& record) {
   if (!HasItems(arguments)) return std::nullopt;
   const std::string declared = std::to_string(arguments.iQtdeItens);
-  const std::int32_t count = CountPieces(arguments.sItens, kItemSeparator);
-  if (count != arguments.iQtdeItens) {
+  const std::size_t count = CountPieces(arguments.sItens, kItemSeparator);
+  if (count != static_cast<std::size_t>(arguments.iQtdeItens)) {
     const std::string sent = std::to_string(count);
     // The log and the result have their blanks in different places; both are fixed.
     WriteLog({"Quantidade de Itens diverge dos itens enviados. iQtdeItens: ", declared,

@@ -36,20 +36,22 @@ bool LerArquivoConfigQJ(const std::string& path) {
   WriteLog({"Arquivo Aberto - ConfigQJ.ini"}, Detail::kDetailed);
 
   std::string text;
+  bool whole = true;
   try {
-    text = ReadAll(*file);
-    DecodeTextMode(text);
+    ReadAll(*file, text);
   } catch (...) {
-    WriteLog({"Erro ao ler itens do ConfigQJ.ini."});
-    return false;
+    whole = false;
+    text.resize(text.rfind('\n') + 1);  // the lines read so far count
   }
+  DecodeTextMode(text);
   try {
     ReadLines(text);
   } catch (...) {
     WriteLog({"Erro ao inserir itens do ConfigQJ.ini."});
     return false;
   }
-  return true;
+  if (!whole) WriteLog({"Erro ao ler itens do ConfigQJ.ini."});
+  return whole;
 }
 
 ConfigPair FindConfigQJ(std::string_view key) {

@@ -5,6 +5,7 @@
 #include "support/file.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/prepare_to_throw.h"
 #include "support/process.h"
 #include "support/state.h"
 #include "support/wait.h"
@@ -64,6 +65,7 @@ FlowCode Send(const std::string& parameter_line, const std::string& record) {
 }  // namespace
 
 FlowCode FinishFlow(const FlowCall& call) noexcept {
+  PrepareToThrow();
   try {
     FlowArguments arguments(call);
     if (const FlowCode code = RunCompanion(kFinish, arguments); code != FlowCode::kDone)

@@ -5,6 +5,7 @@
 #include "support/file.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/prepare_to_throw.h"
 #include "support/process.h"
 #include "support/system_process.h"
 #include "support/text.h"
@@ -114,6 +115,7 @@ FlowCode Launch(const RunVariant& variant, const std::string& line) {
 }  // namespace
 
 FlowCode StartClient(const FlowCall& call) noexcept {
+  PrepareToThrow();
   try {
     FlowArguments arguments(call);
     return RunCompanion(kStart, arguments);

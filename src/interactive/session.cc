@@ -8,6 +8,7 @@
 #include "support/file.h"
 #include "support/files.h"
 #include "support/log.h"
+#include "support/prepare_to_throw.h"
 #include "support/process.h"
 #include "support/system_process.h"
 #include "support/text.h"
@@ -105,8 +106,10 @@ void MoveToRawFolder() {
   ReqFolder = ClientFolder + "\\Req";
   RespFolder = ClientFolder + "\\Resp";
   // No log can be opened under a key, and without its log the library ends the host; so the log
-  // moves along only to a folder that is there.
-  if (QueryPath(ToWide(ClientFolder)) == PathState::kFolder) LogBaseFolder = ClientFolder;
+  // moves along only to a folder that is there. A NUL would end the path before the log's name.
+  const bool is_path = ClientFolder.find('\0') == std::string::npos;
+  if (is_path && QueryPath(ToWide(ClientFolder)) == PathState::kFolder)
+    LogBaseFolder = ClientFolder;
   RemoveFile(In(ReqFolder, kQuestionFile));
   RemoveFile(In(RespFolder, kAnswerFile));
 }
@@ -114,8 +117,9 @@ void MoveToRawFolder() {
 }  // namespace
 
 ResultString AwaitQuestion() noexcept {
-  ResultString failed =
-      MakeResultForSure({"[ERROABORTAR]#", kWaitFailed, ReqFolder, kQuestionFile});
+  PrepareToThrow();
+  ResultString failed = MakeResult({"[ERROABORTAR]#", kWaitFailed, ReqFolder, kQuestionFile});
+  if (failed == nullptr) failed = MakeResultForSure({"[ERROABORTAR]#", kWaitFailed});
   RecordLibraryVersion();
   WriteLog({"ENTROU -  AguardaFuncaoQJInterativo()"});
   try {
@@ -129,6 +133,7 @@ ResultString AwaitQuestion() noexcept {
 }
 
 FlowCode AnswerQuestion(const char* sInformacao) noexcept {
+  PrepareToThrow();
   try {
     const std::string answer = CopyOf(sInformacao);
     RecordLibraryVersion();
@@ -142,6 +147,7 @@ FlowCode AnswerQuestion(const char* sInformacao) noexcept {
 }
 
 FlowCode CancelFlow() noexcept {
+  PrepareToThrow();
   try {
     RecordLibraryVersion();
     WriteLog({"Entrou - CancelaFluxoQJInterativo()"});

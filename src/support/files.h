@@ -6,7 +6,8 @@
 
 namespace caixora {
 
-// Deletes the file if it opens for reading; a missing or locked one is no error. Logs what it does.
+// Deletes the file if it opens for reading; a missing or locked one is no error. Logs what it does;
+// nothing in it can fail otherwise, so there is no log line for that.
 void RemoveFile(const std::string& path) noexcept;
 
 // False only when the system says just "file not found": a path in a missing folder, or without

@@ -39,7 +39,8 @@ LogMode ReadDetailSwitch() {
 
 [[noreturn]] void StopWithoutLog() noexcept {
   try {
-    if (!UnreturnedAnswer.bytes.empty())
+    const bool removed = !UnreturnedAnswer.bytes.empty() && !OpensForReading(UnreturnedAnswer.path);
+    if (removed)
       if (auto file = File::Open(UnreturnedAnswer.path, File::Use::kReplace))
         file->Write(UnreturnedAnswer.bytes);
   } catch (...) {

@@ -34,12 +34,10 @@ void DecodeTextMode(std::string& bytes) {
   bytes.resize(kept);
 }
 
-std::string ReadAll(File& file) {
-  std::string bytes;
+void ReadAll(File& file, std::string& bytes) {
   Chunk chunk;
   while (const std::size_t size = file.Read(chunk.data(), chunk.size()))
     bytes.append(chunk.data(), size);
-  return bytes;
 }
 
 std::string ReadFirstLine(File& file) {
