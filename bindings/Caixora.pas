@@ -8,7 +8,8 @@
 ///   begin
 ///     // grave a venda e imprima R.Comprovante; depois confirme (ou desfaça)
 ///     R := LerResultado(Confirmar(CNPJ, CNPJParceiro, Cupom));
-///     // se R.RespostaLocal for False, a confirmação não saiu: repita-a
+///     // se R.RespostaLocal for False, a confirmação não saiu: repita-a antes de qualquer outra
+///     // operação (para desistir dela, chame Teste)
 ///   end;
 ///
 /// Toda chamada bloqueia a thread até terminar. Use uma thread de trabalho, uma chamada por vez.
@@ -85,11 +86,12 @@ function InterpretarResultado(const S: RawByteString): TResultadoTef;
 /// As duas coisas: lê, libera e separa o que uma função de pagamento devolveu.
 function LerResultado(Texto: Pointer): TResultadoTef;
 
-/// Uma consulta ao fluxo interativo: AguardaFuncaoQJInterativo, já lida e liberada.
+/// Uma consulta ao fluxo interativo: AguardaFuncaoQJInterativo, já lida e liberada. Faça uma pausa
+/// entre as consultas: cada uma escreve no log.
 function AguardaTextoQJ: UnicodeString;
 
-/// Arredonda para centavos, meio centavo para cima (a DLL sozinha corta o que sobra). Um valor
-/// negativo segue como está, e a DLL o recusa.
+/// Arredonda para centavos, meio centavo para cima. A DLL sozinha corta o que sobra, e mandaria uma
+/// soma como 9.999999999999998 por R$ 1,00. Um valor negativo segue como está, e a DLL o recusa.
 function EmCentavos(Valor: Currency): Double;
 
 // As funções da DLL, importadas pelo nome.
@@ -158,6 +160,7 @@ function Relatorio(const sCNPJCliente, sCNPJParceiro: TTexto1252;
   iCupom, iLeitor: Integer): Pointer; cdecl; external CaixoraDll name 'Relatorio';
 function RecargaCelular(const sCNPJCliente, sCNPJParceiro: TTexto1252;
   iCupom, iLeitor: Integer): Pointer; cdecl; external CaixoraDll name 'RecargaCelular';
+// Um GP que roda e não responde é esperado sem limite de tempo.
 function Atv(const sCNPJCliente, sCNPJParceiro: TTexto1252; iCupom, iLeitor: Integer): Pointer;
   cdecl; external CaixoraDll name 'Atv';
 function SolicitarCPF(const sCNPJCliente, sCNPJParceiro: TTexto1252; iCupom: Integer): Pointer;
@@ -166,6 +169,7 @@ function SolicitarCNPJ(const sCNPJCliente, sCNPJParceiro: TTexto1252; iCupom: In
   cdecl; external CaixoraDll name 'SolicitarCNPJ';
 function SolicitarDocumento(const sCNPJCliente, sCNPJParceiro: TTexto1252;
   iCupom: Integer): Pointer; cdecl; external CaixoraDll name 'SolicitarDocumento';
+// Também apaga uma confirmação pendente.
 function Teste: PAnsiChar; cdecl; external CaixoraDll name 'Teste';
 
 // Fluxo interativo

@@ -1,7 +1,10 @@
 /*
  * One credit sale: sell, print, confirm. What was approved but could not be printed is undone.
  *
- *    venda <CNPJ do lojista> <CNPJ do parceiro> <valor, ex.: 12.50> <cupom>
+ *    venda <CNPJ do lojista> <CNPJ do parceiro> <valor, ex.: 12,50> <cupom>
+ *
+ * Exit code: 0 sold and confirmed, 1 not sold (refused or undone), 2 usage or no library, 3
+ * approved but neither confirmed nor undone.
  *
  * Caixora.dll is loaded at run time, from beside this program or the search path.
  */
@@ -29,6 +32,38 @@ static AnyFunction Find(HMODULE library, const char* name) {
   return found;
 }
 
+/*
+ * Reads reais as whole cents, so that nothing is left to round; 0 for anything else. More than two
+ * decimals are refused: "1.000" may be meant as a thousand.
+ */
+static double ReadAmount(const char* text) {
+  double cents = 0;
+  int decimals = -1; /* no mark yet */
+  for (const char* c = text; *c != '\0'; ++c) {
+    if (*c >= '0' && *c <= '9') {
+      cents = cents * 10 + (*c - '0');
+      if (decimals >= 0) ++decimals;
+    } else if ((*c == ',' || *c == '.') && decimals < 0 && c != text) {
+      decimals = 0;
+    } else {
+      return 0;
+    }
+  }
+  if (decimals == 0 || decimals > 2) return 0;
+  return cents / (decimals == 2 ? 100.0 : decimals == 1 ? 10.0 : 1.0);
+}
+
+/* A number from 1 to 999999999, or 0. */
+static int32_t ReadCoupon(const char* text) {
+  const size_t digits = strspn(text, "0123456789");
+  return digits <= 9 && text[digits] == '\0' ? (int32_t)atoi(text) : 0;
+}
+
+/* Prints the message: it stands between the prefix and the first line end. */
+static void PrintMessage(const char* result) {
+  printf("%.*s\n", (int)strcspn(result + 4, "\r"), result + 4);
+}
+
 /* Prints the "I;" lines of the result. Returns 1 when all of them were written. */
 static int PrintReceipt(const char* result) {
   for (const char* line = strstr(result, "\r\nI;"); line != NULL; line = strstr(line, "\r\nI;")) {
@@ -38,15 +73,31 @@ static int PrintReceipt(const char* result) {
   return fflush(stdout) == 0;
 }
 
+/*
+ * Confirms or undoes. A refused call is repeated, before anything else is called: it may only have
+ * found the GP closed and started it. Returns 1 when the request was written.
+ */
+static int Finish(AfterSale finish, const char* shop, const char* partner, int32_t coupon) {
+  for (int attempt = 1; attempt <= 5; ++attempt) {
+    if (attempt > 1) Sleep(2000);
+    CaixoraTexto text = finish(shop, partner, coupon);
+    const int done = strncmp((const char*)text, "S;2;", 4) == 0;
+    if (!done) PrintMessage((const char*)text);
+    SysFreeString(text);
+    if (done) return 1;
+  }
+  return 0;
+}
+
 int main(int argc, char** argv) {
-  const double amount = argc == 5 ? strtod(argv[3], NULL) : 0;
-  if (!(amount > 0)) {
+  const double amount = argc == 5 ? ReadAmount(argv[3]) : 0;
+  const int32_t coupon = argc == 5 ? ReadCoupon(argv[4]) : 0;
+  if (!(amount > 0) || coupon == 0) {
     fprintf(stderr, "Uso: venda <CNPJ do lojista> <CNPJ do parceiro> <valor> <cupom>\n");
     return 2;
   }
   const char* shop = argv[1];
   const char* partner = argv[2];
-  const int32_t coupon = (int32_t)strtol(argv[4], NULL, 10);
   const int32_t reader = 1;
 
   HMODULE library = LoadLibraryA("Caixora.dll");
@@ -62,17 +113,20 @@ int main(int argc, char** argv) {
   /* The call lasts as long as the customer takes: run it beside the user interface's thread. */
   CaixoraTexto text = sell(shop, partner, amount, coupon, reader);
   const char* result = (const char*)text; /* SysStringByteLen(text) bytes and a final zero */
-  const int approved = strncmp(result, "S;0;", 4) != 0;
-
-  /* The message stands between the prefix and the first line end. */
-  printf("%.*s\n", (int)strcspn(result + 4, "\r"), result + 4);
-  if (approved) {
+  int code = 1;
+  PrintMessage(result);
+  if (strncmp(result, "S;0;", 4) != 0) {
     const int printed = PrintReceipt(result); /* "S;2;": there is nothing to print */
-    CaixoraTexto end = (printed ? confirm : undo)(shop, partner, coupon);
-    printf("%s: %.4s\n", printed ? "Confirmada" : "Desfeita", (const char*)end);
-    SysFreeString(end);
+    if (!Finish(printed ? confirm : undo, shop, partner, coupon)) {
+      fprintf(stderr, "Cupom %d EM ABERTO: %s.\n", (int)coupon,
+              printed ? "falta confirmar" : "falta desfazer");
+      code = 3;
+    } else {
+      puts(printed ? "Confirmada" : "Desfeita");
+      code = printed ? 0 : 1;
+    }
   }
   SysFreeString(text);
   FreeLibrary(library);
-  return approved ? 0 : 1;
+  return code;
 }

@@ -11,18 +11,21 @@ namespace {
 
 constexpr DWORD kEndWaitMs = 1000;
 
+enum ExitCode { kEnded = 0, kUsage = 1, kNoneEnded = 2, kNotFound = 128 };
+
 // Ends the process and waits until it is gone, so that a check right afterwards misses it.
-void End(DWORD id) {
+bool End(DWORD id) {
   const caixora::Handle process(::OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
-  if (!process || !::TerminateProcess(process.get(), 1)) return;
-  ::WaitForSingleObject(process.get(), kEndWaitMs);
+  return process && ::TerminateProcess(process.get(), 1) &&
+         ::WaitForSingleObject(process.get(), kEndWaitMs) == WAIT_OBJECT_0;
 }
 
-int EndAll(const std::wstring& image) {
+ExitCode EndAll(const std::wstring& image) {
   const HANDLE opened = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-  if (opened == INVALID_HANDLE_VALUE) return 0;
+  if (opened == INVALID_HANDLE_VALUE) return kNotFound;
   const caixora::Handle snapshot(opened);
   int found = 0;
+  int ended = 0;
   PROCESSENTRY32W entry{};
   entry.dwSize = sizeof entry;
   for (BOOL more = ::Process32FirstW(opened, &entry); more;
@@ -30,9 +33,12 @@ int EndAll(const std::wstring& image) {
     if (::_wcsicmp(entry.szExeFile, image.c_str()) != 0) continue;
     if (entry.th32ProcessID == ::GetCurrentProcessId()) continue;
     ++found;
-    End(entry.th32ProcessID);
+    ended += End(entry.th32ProcessID);
   }
-  return found;
+  caixora::Print("Processos: " + std::to_string(found) + ", encerrados: " + std::to_string(ended) +
+                 "\n");
+  if (found == 0) return kNotFound;
+  return ended > 0 ? kEnded : kNoneEnded;
 }
 
 }  // namespace
@@ -47,13 +53,11 @@ int main(int argc, char** argv) {
   }
   if (image.empty()) {
     caixora::Print("Uso: taskkill [/F] [/T] /IM <nome do programa>\n");
-    return 1;
+    return kUsage;
   }
   if (::GetFileAttributesA("C:\\taskkill_inerte.txt") != INVALID_FILE_ATTRIBUTES) {
     caixora::Print("Inerte: nenhum processo foi encerrado.\n");
-    return 0;
+    return kEnded;  // plays a request that is accepted and then comes to nothing
   }
-  const int found = EndAll(caixora::Widen(image, CP_ACP));
-  caixora::Print("Processos \"" + caixora::Utf8(image) + "\": " + std::to_string(found) + "\n");
-  return found > 0 ? 0 : 128;
+  return EndAll(caixora::Widen(image, CP_ACP));
 }

@@ -15,6 +15,7 @@ namespace {
 
 constexpr DWORD kPollMs = 20;
 constexpr DWORD kLongestRunMs = 10 * 60 * 1000;
+constexpr DWORD kQuickRunMs = 200;  // long enough for the check that follows a start
 
 enum ExitCode { kDone = 0, kCrashed = 3, kNotAnswered = 4, kNotWritten = 5 };
 
@@ -102,11 +103,14 @@ int RunTransaction(const Companion& companion, const std::vector<std::string>& f
   if (scenario.name == "queda") ::TerminateProcess(::GetCurrentProcess(), kCrashed);
 
   const std::string nsu = std::to_string(::GetTickCount64() % 1'000'000'000);
-  const std::string result = "[RETORNO]|FUNCAO:" + fields[0] +
-                             "|STATUS:" + std::string(scenario.status) + "|VALOR:" + fields[4] +
-                             "|NSU:" + nsu + "|RESPOSTAS:" + answers +
-                             "|MENSAGEM:" + std::string(scenario.message);
-  return companion.Say(result) ? kDone : kNotWritten;
+  std::string result = "[RETORNO]|FUNCAO:" + fields[0] + "|STATUS:" + std::string(scenario.status) +
+                       "|VALOR:" + fields[4] + "|NSU:" + nsu + "|RESPOSTAS:" + answers +
+                       "|MENSAGEM:" + std::string(scenario.message);
+  // A result is one line, whatever was answered.
+  for (const char end : {'\r', '\n'}) std::ranges::replace(result, end, ' ');
+  if (!companion.Say(result)) return kNotWritten;
+  if (scenario.questions.empty()) ::Sleep(kQuickRunMs);
+  return kDone;
 }
 
 int Run(std::string_view line) {

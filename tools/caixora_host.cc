@@ -79,29 +79,19 @@ std::string_view Meaning(std::int32_t code) {
   return found == std::end(kMeanings) ? "código desconhecido" : found->second;
 }
 
+std::string_view TakePiece(std::string_view& rest, std::string_view separator) {
+  const std::size_t end = std::min(rest.find(separator), rest.size());
+  const std::string_view piece = rest.substr(0, end);
+  rest.remove_prefix(std::min(end + separator.size(), rest.size()));
+  return piece;
+}
+
 void PrintRecord(std::string_view record) {
-  static constexpr std::string_view kNames[] = {
-      "Cupom",
-      "Valor em centavos",
-      "Bandeira",
-      "Rede",
-      "Autorização",
-      "NSU",
-      "Tipo de transação",
-      "Parcelas",
-      "Controle",
-      "Campo 170-000",
-      "Código da rede",
-      "Campo 740-000",
-      "Campo 741-000",
-      "Campo 742-000",
-      "Campo 031-000",
-  };
-  for (const std::string_view name : kNames) {
-    const std::size_t end = std::min(record.find(';'), record.size());
-    Print("  " + std::string(name) + ": " + Utf8(record.substr(0, end)) + "\n");
-    record.remove_prefix(std::min(end + 1, record.size()));
-  }
+  std::string_view names =
+      "Cupom;Valor em centavos;Bandeira;Rede;Autorização;NSU;Tipo de transação;Parcelas;Controle;"
+      "Campo 170-000;Código da rede;Campo 740-000;Campo 741-000;Campo 742-000;Campo 031-000";
+  while (!names.empty())
+    Print("  " + std::string(TakePiece(names, ";")) + ": " + Utf8(TakePiece(record, ";")) + "\n");
 }
 
 void PrintDecoded(std::string_view name, const Reply& reply) {
@@ -109,14 +99,11 @@ void PrintDecoded(std::string_view name, const Reply& reply) {
   if (reply.code) return Print(" (" + std::string(Meaning(*reply.code)) + ")\n");
   Print("\n");
   if (!reply.text.starts_with("S;1;") && !reply.text.starts_with("S;2;")) return;
-  std::string_view rest = reply.text;
-  while (!rest.empty()) {
-    const std::size_t end = std::min(rest.find("\r\n"), rest.size());
-    const std::string_view line = rest.substr(0, end);
+  for (std::string_view rest = reply.text; !rest.empty();) {
+    const std::string_view line = TakePiece(rest, "\r\n");
     if (line.starts_with("S;")) Print("  Mensagem: " + Utf8(line.substr(4)) + "\n");
     if (line.starts_with("C;")) PrintRecord(line.substr(2));
     if (line.starts_with("I;")) Print("  | " + Utf8(line.substr(2)) + "\n");
-    rest.remove_prefix(std::min(end + 2, rest.size()));
   }
 }
 
@@ -149,32 +136,28 @@ struct Function {
   Call (*bind)(FARPROC, Arguments);  // of `count` arguments
 };
 
-template <class T>
-struct Row;
+template <class R, class... P>
+Call BindTo(FARPROC address, Arguments arguments) {
+  const auto function = reinterpret_cast<R (*)(P...)>(reinterpret_cast<void (*)()>(address));
+  [[maybe_unused]] auto next = arguments.begin();
+  const std::tuple<P...> values{Parse<P>(*next++)...};
+  return [function, values] { return Decode(std::apply(function, values)); };
+}
 
 // Types come from the header, so that a changed declaration changes the call with it.
 template <class R, class... P>
-struct Row<R(P...)> {
-  static consteval Function Make(const char* name, std::string_view parameters) {
-    const auto blanks = static_cast<std::size_t>(std::ranges::count(parameters, ' '));
-    if ((parameters.empty() ? 0 : blanks + 1) != sizeof...(P)) throw "names do not match types";
-    return {name, parameters, sizeof...(P), Bind};
-  }
-
-  static Call Bind(FARPROC address, Arguments arguments) {
-    return [&]<std::size_t... I>(std::index_sequence<I...>)->Call {
-      const auto function = reinterpret_cast<R (*)(P...)>(reinterpret_cast<void (*)()>(address));
-      std::tuple<P...> values{Parse<P>(arguments[I])...};
-      return [function, values] { return Decode(std::apply(function, values)); };
-    }
-    (std::index_sequence_for<P...>{});
-  }
-};
+consteval Function MakeRow(std::type_identity<R(P...)>, const char* name,
+                           std::string_view parameters) {
+  const auto blanks = static_cast<std::size_t>(std::ranges::count(parameters, ' '));
+  if ((parameters.empty() ? 0 : blanks + 1) != sizeof...(P)) throw "names do not match types";
+  return {name, parameters, sizeof...(P), BindTo<R, P...>};
+}
 
 #define CAIXORA_SALE "sCNPJCliente sCNPJParceiro dValor iCupom iLeitor"
 #define CAIXORA_FLOW \
   "uFuncao sCNPJ uCampo3 sCampo4 sValor sCampo6 sCampo7 sCampo8 sCampo9 uCampo10 sCampo11"
-#define CAIXORA_ROW(name, parameters) Row<decltype(name)>::Make(#name, parameters)
+#define CAIXORA_ROW(name, parameters) \
+  MakeRow(std::type_identity<decltype(name)>{}, #name, parameters)
 
 constexpr Function kFunctions[] = {
     CAIXORA_ROW(VendeCredito, CAIXORA_SALE),
@@ -233,10 +216,11 @@ std::optional<std::string> ReadAnswer() {
   const HANDLE in = ::GetStdHandle(STD_INPUT_HANDLE);
   std::string line;
   if (IsConsole(in)) {
+    std::wstring typed;  // to the line's end: what is left unread would answer the next question
     wchar_t buffer[512];
-    DWORD got = 0;
-    ::ReadConsoleW(in, buffer, static_cast<DWORD>(std::size(buffer)), &got, nullptr);
-    line = ToAnsi({buffer, got});
+    for (DWORD got = 0; !typed.ends_with(L'\n'); typed.append(buffer, got))
+      if (!::ReadConsoleW(in, buffer, DWORD{std::size(buffer)}, &got, nullptr) || got == 0) break;
+    line = ToAnsi(typed);
   } else {
     for (int c = 0; c != '\n' && (c = std::getchar()) != EOF;) line += static_cast<char>(c);
   }
@@ -305,17 +289,21 @@ class Host {
     return Show(name, Bind(name, arguments)());
   }
 
-  // The next answer, from the command line or the keyboard; nothing when the flow is to be left.
+  // The next answer, from the command line or the keyboard; nothing when there is none left. Asks
+  // again for one that cannot be sent: an error here would leave the companion running.
   std::optional<std::string> NextAnswer(Arguments& answers) const {
-    std::optional<std::string> answer;
     if (!answers.empty()) {
-      answer = answers.front();
-      answers = answers.subspan(1);
-    } else {
-      if (!raw_) Print("Resposta (ou cancelar): ");
-      answer = ReadAnswer();
+      const Arguments given = std::exchange(answers, answers.subspan(1));
+      return given.front();
     }
-    return answer == "cancelar" ? std::nullopt : answer;
+    while (true) {
+      try {
+        if (!raw_) Print("Resposta (ou cancelar): ");
+        return ReadAnswer();
+      } catch (const UsageError& error) {
+        Print(std::string(error.what()) + "\n", STD_ERROR_HANDLE);
+      }
+    }
   }
 
   bool RunFlow(Arguments arguments) const {
@@ -338,7 +326,7 @@ class Host {
         return CallAndShow("FinalizaFuncaoQJInterativo", start).Succeeded();
       }
       const std::optional<std::string> answer = NextAnswer(answers);
-      if (!answer) break;
+      if (!answer || answer == "cancelar") break;
       if (!CallAndShow("ContinuaFuncaoQJInterativo", {&*answer, 1}).Succeeded()) break;
       last_news = ::GetTickCount64();
     }
@@ -367,8 +355,10 @@ void PrintUsage() {
 HMODULE Load(const std::string& path) {
   if (path.empty()) return ::LoadLibraryW(L"Caixora.dll");
   wchar_t whole[MAX_PATH];  // a relative path is one of the current folder, not of the search path
-  ::GetFullPathNameW(Widen(path, kWindows1252).c_str(), MAX_PATH, whole, nullptr);
-  return ::LoadLibraryW(whole);
+  const DWORD size =
+      ::GetFullPathNameW(Widen(path, kWindows1252).c_str(), MAX_PATH, whole, nullptr);
+  if (size >= MAX_PATH) ::SetLastError(ERROR_FILENAME_EXCED_RANGE);  // `whole` holds nothing
+  return size > 0 && size < MAX_PATH ? ::LoadLibraryW(whole) : nullptr;
 }
 
 int Run(const std::vector<std::string>& arguments) {
