@@ -42,6 +42,13 @@ Fields FirstFields(std::string_view item, char separator) {
   return fields;
 }
 
+// Room for all item lines at once: a record that grows by copying would cost more per item the more
+// items there are. 18 covers a line's key, equals sign and line end.
+void ReserveItems(std::string& record, const TefArguments& arguments) {
+  const auto lines = static_cast<std::size_t>(arguments.iQtdeItens) * kFieldCount + 1;
+  record.reserve(record.size() + arguments.sItens.size() + lines * 18);
+}
+
 void AppendItem(std::string& record, std::string_view key, const Fields& fields) {
   for (std::size_t i = 0; i < fields.size(); ++i) {
     record.append(key).push_back(static_cast<char>('1' + i));
@@ -90,6 +97,7 @@ Refusal AppendLinkItems(const TefArguments& arguments, std::string& record) {
   if (!HasItems(arguments)) return std::nullopt;
   if (Refusal refusal = CheckLinkItems(arguments)) return refusal;
 
+  ReserveItems(record, arguments);
   record.append("261-000 = ").append(std::to_string(arguments.iQtdeItens)).push_back('\n');
   std::string_view items = arguments.sItens;
   std::string_view item;
@@ -115,6 +123,7 @@ Refusal AppendFleetItems(const TefArguments& arguments, std::string& record) {
            " - ItensEnviados : " + sent;
   }
 
+  ReserveItems(record, arguments);
   record.append("261-000 = ").append(declared).push_back('\n');
   std::string_view items = arguments.sItens;
   std::string_view item;

@@ -52,14 +52,16 @@ LogMode ReadDetailSwitch() {
 void AppendLogLine(Pieces message, Detail detail) {
   const LogTime now = Now();
   const std::string folder = LogBaseFolder + "Log\\";
-  const std::wstring wide_folder = ToWide(folder);
-  if (QueryPath(wide_folder) != PathState::kFolder) CreateFolder(wide_folder);
-
   const std::string path = folder + "Caixora.log";
   if (FileSizeMB(path) >= kRotationSizeMB) RenameFile(path, folder + RotatedLogName(now));
 
   const std::string line = EncodeTextMode(FormatLogLine(now, LogVersionText, message, detail));
   auto file = File::Open(path, File::Use::kAppend);
+  if (!file) {
+    // The folder is missing before the first line alone, so the other lines do not ask for it.
+    CreateFolder(ToWide(folder));
+    file = File::Open(path, File::Use::kAppend);
+  }
   if (!file) StopWithoutLog();
   file->Write(line);
 }
