@@ -1,6 +1,6 @@
-// The library's cost against floors measured in the same run. Each figure is a median of rounds that
-// take floor and library in turn, so that a busy machine disturbs both alike. Ends with status 1
-// when a limit is exceeded.
+// The library's cost against floors measured in the same run. Each figure is a median of rounds
+// that take floor and library in turn, so that a busy machine disturbs both alike. Ends with status
+// 1 when a limit is exceeded.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -49,14 +49,16 @@ void Compare(const char* what, int rounds, int times, const std::function<void()
     ratios.push_back(costs.back() / floors.back());
   }
   const double ratio = Median(ratios);
-  std::printf("%-34s %12.1f us, floor %12.1f us, ratio %.3f", what, Median(costs), Median(floors), ratio);
+  std::printf("%-34s %12.1f us, floor %12.1f us, ratio %.3f", what, Median(costs), Median(floors),
+              ratio);
   if (limit > 0) std::printf(" (limit %.2f)%s", limit, ratio <= limit ? "" : "  EXCEEDED");
   std::printf("\n");
   within_limits = within_limits && (limit == 0 || ratio <= limit);
 }
 
 // Cost of one more element at each size, once start-up (size 0) is paid. Sizes take turns.
-void PerElement(const char* what, const std::vector<int>& sizes, const std::function<std::function<void()>(int)>& prepare) {
+void PerElement(const char* what, const std::vector<int>& sizes,
+                const std::function<std::function<void()>(int)>& prepare) {
   const auto nothing = prepare(0);
   std::vector<std::function<void()>> works;
   for (const int size : sizes) works.push_back(prepare(size));
@@ -69,8 +71,11 @@ void PerElement(const char* what, const std::vector<int>& sizes, const std::func
   const double first = Median(costs.front());
   for (std::size_t i = 0; i < sizes.size(); ++i) {
     const double ratio = Median(costs[i]) / first;
-    std::printf("%-20s of %7d %12.4f us each, against the smallest %.3f%s\n", what, sizes[i], Median(costs[i]), ratio,
-                i == 0 ? "" : ratio <= 1.2 ? " (limit 1.20)" : " (limit 1.20)  EXCEEDED");
+    std::printf("%-20s of %7d %12.4f us each, against the smallest %.3f%s\n", what, sizes[i],
+                Median(costs[i]), ratio,
+                i == 0         ? ""
+                : ratio <= 1.2 ? " (limit 1.20)"
+                               : " (limit 1.20)  EXCEEDED");
     within_limits = within_limits && ratio <= 1.2;
   }
 }
@@ -92,16 +97,22 @@ int main() {
   const std::string message = "Antes de Remover Arquivo - C:\\Tef_dial\\Req\\Intpos.001";
   const std::string line = "\r\n07/03/2024 09:15:05 ::1.0.0.0:: " + message;
   WriteLog({message});
-  Compare("one log line", 21, 500, [&] { FloorLogLine(line.c_str()); }, [&] { WriteLog({message}); }, 1.15);
+  Compare(
+      "one log line", 21, 500, [&] { FloorLogLine(line.c_str()); }, [&] { WriteLog({message}); },
+      1.15);
 
   const HMODULE dll = LoadLibraryA((bin / "Caixora.dll").string().c_str());
-  const auto sell = reinterpret_cast<decltype(&VendeCreditoVista)>(reinterpret_cast<void*>(GetProcAddress(dll, "VendeCreditoVista")));
+  const auto sell = reinterpret_cast<decltype(&VendeCreditoVista)>(
+      reinterpret_cast<void*>(GetProcAddress(dll, "VendeCreditoVista")));
   bool approved = true;
-  Compare("an approved sale", 5, 1, FloorSale, [&] {
-    const CaixoraTexto text = sell("11222333000181", "11222333000181", 2, 1, 1);
-    approved = approved && std::string(reinterpret_cast<const char*>(text), 4) == "S;1;";
-    SysFreeString(text);
-  }, 1.05);
+  Compare(
+      "an approved sale", 5, 1, FloorSale,
+      [&] {
+        const CaixoraTexto text = sell("11222333000181", "11222333000181", 2, 1, 1);
+        approved = approved && std::string(reinterpret_cast<const char*>(text), 4) == "S;1;";
+        SysFreeString(text);
+      },
+      1.05);
   FreeLibrary(dll);
   if (!approved) std::printf("the GP did not approve: the figure counts for nothing\n");
 
@@ -113,7 +124,8 @@ int main() {
   });
   PerElement("link items", {10, 100, 1000, 10000}, [](int items) {
     TefArguments arguments({.codigo = 22, .iQtdeItens = items});
-    for (int i = 0; i < items; ++i) arguments.sItens += std::string(u8"7891¬CAFE TORRADO¬2¬10,50¬0¬21,00|"_ansi);
+    for (int i = 0; i < items; ++i)
+      arguments.sItens += std::string(u8"7891¬CAFE TORRADO¬2¬10,50¬0¬21,00|"_ansi);
     return [arguments] {
       std::string record;
       BuildRecord(*FindOperation(22), arguments, record);
@@ -121,7 +133,9 @@ int main() {
   });
 
   const auto size = fs::file_size(bin / "Caixora.dll");
-  std::printf("%-34s %llu bytes (limit 256000)\n", "Caixora.dll", static_cast<unsigned long long>(size));
-  Compare("loading it, against an empty DLL", 15, 20, Loading(bin / "empty.dll"), Loading(bin / "Caixora.dll"), 0);
+  std::printf("%-34s %llu bytes (limit 256000)\n", "Caixora.dll",
+              static_cast<unsigned long long>(size));
+  Compare("loading it, against an empty DLL", 15, 20, Loading(bin / "empty.dll"),
+          Loading(bin / "Caixora.dll"), 0);
   return within_limits && approved && size <= 256000 ? 0 : 1;
 }

@@ -4,12 +4,12 @@
 #include <string.h>
 #include <windows.h>
 
-static HANDLE Open(const char *path, DWORD access, DWORD creation) {
+static HANDLE Open(const char* path, DWORD access, DWORD creation) {
   return CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL, creation,
                      FILE_ATTRIBUTE_NORMAL, NULL);
 }
 
-void FloorLogLine(const char *line) {
+void FloorLogLine(const char* line) {
   char start[16];
   DWORD done;
   LARGE_INTEGER zero = {.QuadPart = 0}, end;

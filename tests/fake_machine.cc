@@ -85,6 +85,10 @@ std::optional<File> File::Open(const std::string& path, Use use) noexcept {
   const std::string key = Key(path);
   if (NextCallFails() || key.empty() || machine.locked.count(key) || machine.folders.count(key))
     return std::nullopt;
+  if (use == Use::kAppend && key.ends_with("caixora.log")) {
+    if (machine.log_lines == 0) return std::nullopt;
+    --machine.log_lines;
+  }
   if (use == Use::kRead ? machine.files.count(key) == 0 : !FolderOf(key)) return std::nullopt;
   std::string& content = machine.files[key];
   if (use == Use::kReplace) content.clear();

@@ -23,8 +23,9 @@ struct Machine {
   std::function<void()> on_hard_stop = [] {};
   std::uint64_t waited = 0;  // milliseconds
   bool elevated = true;
-  long steps = 0;     // fallible calls so far
-  long fail_at = -1;  // the one that fails
+  long steps = 0;       // fallible calls so far
+  long fail_at = -1;    // the one that fails
+  long log_lines = -1;  // lines that the log takes before it opens no more; -1: all
   int open_files = 0;
   caixora::LogTime now{2024, 3, 7, 9, 15, 5};
   std::string version = "1.0.3.12";

@@ -12,7 +12,7 @@ namespace {
 
 // Five passes: the letters' terminating NUL has always been one of them. A path that begins with it
 // is an empty C string and names no file, and its log line ends where the path would begin.
-constexpr std::string_view kDrives{"CDEF", 5};
+constexpr char kDrives[] = "CDEF";
 
 constexpr char kDeveloperMark[] = "C:\\OrvaneAutomacao.txt";
 constexpr char kDeveloperFolder[] = "D:\\Programas\\Cartao - Vetra\\Projeto com skin - Talvi\\";

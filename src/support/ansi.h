@@ -20,6 +20,7 @@ namespace ansi_detail {
 template <std::size_t N>
 struct Utf8Text {
   char8_t units[N];
+  // Not explicit: the literal operator converts. NOLINTNEXTLINE(google-explicit-constructor)
   consteval Utf8Text(const char8_t (&text)[N]) { std::copy_n(text, N, units); }
 
   // Bytes left once every two-unit sequence has become one byte, without the final NUL.
