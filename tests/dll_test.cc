@@ -189,6 +189,20 @@ TEST_F(Dll, FaultsEndInTheirTexts) {
   }
 }
 
+TEST_F(Dll, FullDiskLeavesNoHalfRequest) {
+  ULARGE_INTEGER total{};
+  GetDiskFreeSpaceExA("F:\\", nullptr, &total, nullptr);
+  if (total.QuadPart == 0 || total.QuadPart > 1 << 20) GTEST_SKIP() << "F: is no small disk that could be filled";
+  fs::remove("C:\\Tef_Dial\\Tef_Dial.exe");
+  fs::create_directories("F:\\Tef_Dial\\Req");
+  Write("F:\\Tef_Dial\\Tef_Dial.exe", "");
+  Write("F:\\fill", std::string(total.QuadPart, 'x'));
+  StartGp(/*idle=*/true);
+  EXPECT_EQ(Sell(1), kNotCreated.substr(0, kNotCreated.size() - 11) + "F:\\Tef_dial");
+  EXPECT_FALSE(fs::exists("F:\\Tef_Dial\\Req\\intpos.001"));
+  for (const char* path : {"F:\\fill", "F:\\Tef_Dial"}) fs::remove_all(path);
+}
+
 TEST_F(Dll, EndsTheHostWithoutItsLog) {
   fs::remove_all("C:\\caixa\\Log");
   Write("C:\\caixa\\Log", "a file where the folder should be");
