@@ -131,13 +131,16 @@ inline std::size_t PrivateBytes() {
 // An empty installation: C:\caixa as the current directory, an exchange folder, no program running.
 inline void Clean() {
   for (const char* image : {kGpExe, "Trevix.exe", "Email.exe"}) Kill(image);
+  // Requests to end a companion run on their own and still write their record.
+  Eventually([] { return Count("taskkill.exe") == 0; });
   fs::current_path("C:\\");
   for (const char* folder : {"C:\\caixa", "C:\\Tef_Dial", "C:\\Lumetra", "C:\\Trevix", "C:\\TrevixLog", "C:\\Outra"}) {
     // What is in it: the folder itself may still be some console's current directory.
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(folder, ignored)) fs::remove_all(entry.path());
   }
-  for (const char* file : {"C:\\taskkill.log", "C:\\taskkill_inerte.txt"}) fs::remove(file);
+  for (const char* file : {"C:\\taskkill.log", "C:\\taskkill_inerte.txt"})
+    Eventually([file] { std::error_code error; fs::remove(file, error); return !error; });
   for (const char* folder : {"C:\\caixa", "C:\\Outra", "C:\\Tef_Dial\\Req", "C:\\Tef_Dial\\Resp"}) fs::create_directories(folder);
   Write("C:\\Tef_Dial\\Tef_Dial.exe", "");
   fs::current_path("C:\\caixa");
