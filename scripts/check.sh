@@ -19,4 +19,9 @@ echo '== cppcheck'
 rest=$(comm -23 <(ls src/*/*.cc simulators/*.cc tools/*.cc examples/*.c bench/*.cc bench/*.c | sort) <(sort <<<"$core"))
 cppcheck --quiet --std=c++20 --platform=win64 --enable=warning,performance,portability \
   --inline-suppr --error-exitcode=1 -Isrc -Iinclude $rest
+echo '== imports of the DLL: system libraries alone'
+if [ -e build/windows/bin/Caixora.dll ]; then
+  x86_64-w64-mingw32-objdump -p build/windows/bin/Caixora.dll | sed -n 's/.*DLL Name: //p' |
+    { ! grep -viE '^(advapi32|kernel32|msvcrt|oleaut32|shell32|version)\.dll$'; }
+fi
 echo 'Nothing found.'

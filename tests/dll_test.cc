@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <map>
 
 #include "caixora.h"
 #include "support/ansi.h"
@@ -67,31 +66,16 @@ class Dll : public testing::Test {
   }
 };
 
-TEST_F(Dll, ExportsItsNamesAndImportsSystemLibrariesAlone) {
-  const auto* base = reinterpret_cast<const std::byte*>(dll);
-  const auto at = [base]<class T>(DWORD offset, T*) { return reinterpret_cast<const T*>(base + offset); };
-  const auto* dos = at(0, static_cast<IMAGE_DOS_HEADER*>(nullptr));
-  const auto* nt = at(static_cast<DWORD>(dos->e_lfanew), static_cast<IMAGE_NT_HEADERS64*>(nullptr));
-  const auto* exports = at(nt->OptionalHeader.DataDirectory[0].VirtualAddress, static_cast<IMAGE_EXPORT_DIRECTORY*>(nullptr));
-  std::map<DWORD, std::string> names;
-  for (DWORD i = 0; i < exports->NumberOfNames; ++i)
-    names[exports->Base + at(exports->AddressOfNameOrdinals, static_cast<WORD*>(nullptr))[i]] =
-        at(at(exports->AddressOfNames, static_cast<DWORD*>(nullptr))[i], static_cast<char*>(nullptr));
-  const char* const expected[] = {
+TEST_F(Dll, ExportsEachNameUnderItsOrdinal) {
+  const char* const names[] = {
       "VendeCreditoVista", "VendeCreditoParcLoja", "VendeCreditoParcAdm", "VendeDebito", "Cancelar", "Adm", "Confirmar", "Desfazimento",
       "SolicitarCPF", "Relatorio", "VendeCredito", "Atv", "Teste", "MenuPrivate", "Reimpressao", "VendeDebitoAVista", "RecargaCelular",
       "LinkPagamento", "VendeCarteiraDigitalPix", "ListarLinkPagamentoPago", "VendeFrotaCompleto", "ReimpressaoDireto", "SolicitarCNPJ",
       "SolicitarDocumento", "ConfiguraIntTefInterativo", "IniciaFuncaoQJInterativo", "AguardaFuncaoQJInterativo", "ContinuaFuncaoQJInterativo",
       "FinalizaFuncaoQJInterativo", "CancelarFluxoQJInterativo", "ParceleMais", "ManutencaoLinkPagamento"};
-  EXPECT_EQ(exports->NumberOfFunctions, 32u);
-  EXPECT_EQ(names.size(), 32u);
-  for (DWORD ordinal = 1; ordinal <= 32; ++ordinal) EXPECT_EQ(names[ordinal], expected[ordinal - 1]);
-
-  const std::string system = " ADVAPI32.dll KERNEL32.dll msvcrt.dll OLEAUT32.dll SHELL32.dll VERSION.dll ";
-  for (const auto* import = at(nt->OptionalHeader.DataDirectory[1].VirtualAddress, static_cast<IMAGE_IMPORT_DESCRIPTOR*>(nullptr)); import->Name != 0; ++import) {
-    const std::string name = at(import->Name, static_cast<char*>(nullptr));
-    EXPECT_NE(system.find(" " + name + " "), system.npos) << name;
-  }
+  WORD ordinal = 0;
+  for (const char* name : names) EXPECT_EQ(GetProcAddress(dll, name), GetProcAddress(dll, MAKEINTRESOURCEA(++ordinal))) << name;
+  EXPECT_EQ(GetProcAddress(dll, MAKEINTRESOURCEA(33)), nullptr);
 }
 
 TEST_F(Dll, SellsAndReturnsWhatTheGpSays) {
@@ -277,27 +261,35 @@ TEST_F(DllFlow, IsCancelledAndCrashes) {
   EXPECT_EQ(NextText(), u8"[ERROABORTAR]#Trevix não está em execução"_ansi);
 }
 
-TEST_F(DllFlow, EveryRefusalHasItsCode) {
-  const struct { int code; const char* amount; const char* cnpj; void (*spoil)(); } rows[] = {
-      {30, "1,00", kPartner, [] { Write("ConfigQJ.ini", "PASTA=C:\\Trevix\r\n"); }},
-      {31, "1,00", kPartner, [] { Write("ConfigQJ.ini", "CAMINHO==\r\n"); }},
-      {32, "1,00", kPartner, [] { fs::remove("C:\\Trevix\\Trevix.exe"); }},
-      {33, "1,00", kPartner, [] { Write("C:\\Trevix\\Trevix.exe", "not a program"); }},
-      {37, "1,00", kPartner, [] { fs::remove("ConfigQJ.ini"); }},
-      {38, "100", kPartner, [] {}},
-      {40, "1,00", "abc", [] {}},
-      {41, "1,00", kPartner, [] { Write("C:\\Trevix\\IniciandoAtualizacao.txt", ""); }},
-      {43, "1,00", kPartner, [] {
+TEST_F(DllFlow, EveryRefusalHasItsCodeAndLogLine) {
+  // The finish's line where it differs from the start's.
+  const struct { int code; const char* amount; const char* cnpj; std::string_view line, finish_line; void (*spoil)(); } rows[] = {
+      {30, "1,00", kPartner, u8"Erro - Não foi encontrado o caminho para o Trevix.exe"_ansi, {}, [] { Write("ConfigQJ.ini", "CAMINHO=\r\ncaminho=C:\\Trevix\r\nCAMINHO =C:\\Trevix"); }},
+      {31, "1,00", kPartner, "ConfigQJ.ini vazio.", {}, [] { Write("ConfigQJ.ini", "CAMINHO==\r\n"); }},
+      {32, "1,00", kPartner, u8"Trevix não Encontrado! - C:\\Trevix\\Trevix.exe"_ansi, "Trevix nao Encontrado! - C:\\Trevix\\Trevix.exe", [] { fs::remove("C:\\Trevix\\Trevix.exe"); }},
+      {33, "1,00", kPartner, u8"Trevix.exe não está em execução"_ansi, u8"Trevix.exe nao está em execucao"_ansi, [] { Write("C:\\Trevix\\Trevix.exe", "not a program"); }},
+      {37, "1,00", kPartner, "Erro na leitura do Arquivo ConfigQJ.ini", {}, [] { fs::remove("ConfigQJ.ini"); }},
+      {38, "100", kPartner, "Valor com formato incorreto - Utilize virgula como separador 00,00", {}, [] { fs::remove("ConfigQJ.ini"); }},
+      {40, "100", "12345678000100", "CNPJ Invalido ou no formato incorreto - Utilize no seguinte formato: 12345678000100", {}, [] {}},
+      {40, "1,00", "abc", "CNPJ Invalido ou no formato incorreto - Utilize no seguinte formato: 12345678000100", {}, [] {}},
+      {41, "1,00", kPartner, "Trevix.exe em Atualizacao", {}, [] { Write("C:\\Trevix\\IniciandoAtualizacao.txt", ""); }},
+      {43, "1,00", kPartner, u8"Trevix.exe está em execução devido ao outra transacao"_ansi, {}, [] {
          Write("C:\\taskkill_inerte.txt", "");
          CloseHandle(Start(std::string("C:\\Trevix\\Trevix.exe ") + std::string(u8"1¬¬¬longa¬¬¬¬¬¬¬¬"_ansi)));
        }},
   };
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.code);
     TearDown();
     SetUp();
     row.spoil();
+    const auto logged = [](std::string_view line) {
+      return (Read("Log\\Caixora.log") + Read("C:\\TrevixLog\\Caixora.log")).find(":: " + std::string(line)) != std::string::npos;
+    };
     EXPECT_EQ(Begin("rapida", CALL(IniciaFuncaoQJInterativo), 20, row.amount, row.cnpj), row.code);
+    EXPECT_TRUE(logged(row.line));
     EXPECT_EQ(Begin("rapida", CALL(FinalizaFuncaoQJInterativo), 99, row.amount, row.cnpj), row.code);
+    EXPECT_TRUE(logged(row.finish_line.empty() ? row.line : row.finish_line));
   }
   EXPECT_EQ(CALL(CancelarFluxoQJInterativo)(), 43);
   TearDown();

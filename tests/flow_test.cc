@@ -39,45 +39,6 @@ class Flow : public testing::Test {
   FlowCall call;
 };
 
-TEST_F(Flow, EveryRefusalHasItsCodeAndLogLine) {
-  constexpr auto kNoWord = u8"Trevix.exe não está em execução"_ansi;
-  const struct { FlowCode code, finish_code; std::string_view line, finish_line; void (*spoil)(FlowCall&); } rows[] = {
-      {FlowCode::kNotElevated, FlowCode::kNotElevated, u8"A automação deve ser executada no modo administrador"_ansi, {},
-       [](FlowCall& c) { machine.elevated = false; c.sCNPJ = "abc"; }},
-      {FlowCode::kBadCnpj, FlowCode::kBadCnpj, "CNPJ Invalido ou no formato incorreto - Utilize no seguinte formato: 12345678000100", {},
-       [](FlowCall& c) { c.sCNPJ = "12345678000100"; c.sValor = "x"; }},
-      {FlowCode::kBadCnpj, FlowCode::kBadCnpj, "CNPJ Invalido ou no formato incorreto - Utilize no seguinte formato: 12345678000100", {},
-       [](FlowCall& c) { c.sCNPJ = nullptr; }},
-      {FlowCode::kBadAmount, FlowCode::kBadAmount, "Valor com formato incorreto - Utilize virgula como separador 00,00", {},
-       [](FlowCall& c) { c.sValor = "100"; machine.files.erase("configqj.ini"); }},
-      {FlowCode::kNoConfigFile, FlowCode::kNoConfigFile, "Erro na leitura do Arquivo ConfigQJ.ini", "Nao foi encontrado o arquivo: ConfigQJ.ini",
-       [](FlowCall&) { machine.files.erase("configqj.ini"); }},
-      {FlowCode::kNoPathEntry, FlowCode::kNoPathEntry, u8"Erro - Não foi encontrado o caminho para o Trevix.exe"_ansi, {},
-       [](FlowCall&) { machine["ConfigQJ.ini"] = "CAMINHO=\ncaminho=C:\\T\nCAMINHO =C:\\T\n"; }},
-      {FlowCode::kStillRunning, FlowCode::kStillRunning, u8"Trevix.exe está em execução devido ao outra transacao"_ansi, u8"Taskkill no Trevix para não ter outra instância em execução."_ansi,
-       [](FlowCall&) { machine.images = {"trevix.exe"}; machine["ConfigQJ.ini"] = "CAMINHO==x"; }},
-      {FlowCode::kEmptyPath, FlowCode::kEmptyPath, "ConfigQJ.ini vazio.", {}, [](FlowCall&) { machine["ConfigQJ.ini"] = "CAMINHO==x"; }},
-      {FlowCode::kCompanionMissing, FlowCode::kCompanionMissing, u8"Trevix não Encontrado! - C:\\T\\Trevix.exe"_ansi, "Trevix nao Encontrado! - C:\\T\\Trevix.exe",
-       [](FlowCall&) { machine.locked = {"c:\\t\\trevix.exe"}; }},
-      {FlowCode::kBeingUpdated, FlowCode::kBeingUpdated, "Trevix.exe em Atualizacao", {}, [](FlowCall&) { machine["C:\\T\\IniciandoAtualizacao.txt"]; }},
-      {FlowCode::kCompanionNotRunning, FlowCode::kCompanionNotRunning, kNoWord, u8"Trevix.exe nao está em execucao"_ansi, [](FlowCall&) { machine.on_start = [] {}; }},
-      {FlowCode::kDone, FlowCode::kSenderMissing, "Iniciando Trevix - IniciaQJInterativo", "Exe nao Encontrado! - C:\\T\\Email.exe",
-       [](FlowCall&) { machine.files.erase("c:\\t\\email.exe"); }},
-  };
-  for (const auto& row : rows) {
-    for (const bool finish : {false, true}) {
-      SCOPED_TRACE(std::string(row.line) + (finish ? " finish" : " start"));
-      SetUp();
-      row.spoil(call);
-      if (finish && machine.images.empty()) machine.on_pause = [] { if (machine.waited > 750) machine.images.clear(); };
-      EXPECT_EQ(finish ? FinishFlow(call) : StartClient(call), finish ? row.finish_code : row.code);
-      EXPECT_TRUE(Logged(finish && !row.finish_line.empty() ? row.finish_line : row.line)) << machine.Log("") << machine.Log("C:\\T");
-      const bool started = !finish && (row.code == FlowCode::kDone || row.code == FlowCode::kCompanionNotRunning);
-      EXPECT_EQ(machine.Has(kQuestion), !started);
-    }
-  }
-}
-
 TEST_F(Flow, StartStopsClearsAndLaunches) {
   machine["LD.txt"] = "DETALHADO";
   machine.folders.insert("c:\\tlog");

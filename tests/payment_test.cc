@@ -6,7 +6,6 @@
 #include "exchange/chama_tef.h"
 #include "fake_machine.h"
 #include "support/ansi.h"
-#include "support/log.h"
 #include "support/state.h"
 
 namespace caixora {
@@ -255,16 +254,6 @@ TEST_F(Payment, HungGpIsKilledAndRestarted) {
   EXPECT_TRUE(machine.Has(kReq)) << "the next call removes it";
 }
 
-TEST_F(Payment, GpGoneWhileWaiting) {
-  machine.on_pause = [] { if (machine.files.erase("c:\\tef_dial\\req\\intpos.001")) machine.images.clear(); };
-  EXPECT_EQ(Call({}), u8"S;0;GP NÃO ATIVO"_ansi);
-  EXPECT_EQ(machine.started.size(), 1u);
-  SetUp();
-  auto take = machine.on_pause;
-  machine.on_pause = [take] { if (machine.Has(kReq)) machine.images.clear(); take(); };
-  EXPECT_EQ(Call({}), "S;2;OK\r\nC;;;;;;;;1;;;;;;;") << "an answer left behind counts";
-}
-
 TEST_F(Payment, PendingConfirmationIsAnsweredLocallyAndCarriesOver) {
   PendingConfirmation = "CONFIRMAR";
   EXPECT_EQ(Call({.codigo = 98, .sCNPJCliente = "1"}), u8"S;0;CNPJ DO CLIENTE INVÁLIDO"_ansi);
@@ -277,28 +266,6 @@ TEST_F(Payment, PendingConfirmationIsAnsweredLocallyAndCarriesOver) {
   PendingConfirmation = "CANCELAR";
   Call({.codigo = 99});
   EXPECT_TRUE(local.starts_with("000-000 =  NCN\r\n"));
-}
-
-TEST_F(Payment, RequestThatCannotBeWritten) {
-  machine.locked = {"c:\\tef_dial\\req\\intpos.001"};
-  EXPECT_EQ(Call({}), std::string(u8"S;0;ERRO AO CRIAR ARQUIVO TEF, VERIFIQUE AS PERMISSÕES no DIRETORIO "_ansi) + "C:\\Tef_dial");
-}
-
-TEST_F(Payment, LogRotatesAtTenMebibytes) {
-  machine.folders.insert("log");
-  machine["Log\\Caixora.log"] = std::string(10485759, 'x');
-  WriteLog({"last"});
-  EXPECT_FALSE(machine.Has("Log\\Caixora_20240307091505.log"));
-  WriteLog({"first"});
-  EXPECT_TRUE(machine.Has("Log\\Caixora_20240307091505.log"));
-  EXPECT_EQ(machine["Log\\Caixora.log"], "\r\n07/03/2024 09:15:05 ::::" + std::string(" first"));
-  machine["LD.txt"] = "nada";
-  WriteLog({"silence"});
-  EXPECT_EQ(machine["Log\\Caixora.log"].find("silence"), std::string::npos);
-  machine["LD.txt"].clear();
-  machine.locked = {"log\\caixora.log"};
-  machine.on_hard_stop = [] { std::fputs("stopped", stderr); };
-  EXPECT_EXIT(WriteLog({"x"}), testing::ExitedWithCode(1), "stopped");
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include "support/ansi.h"
 #include "support/cnpj.h"
 #include "support/text.h"
-#include "support/text_mode.h"
 
 namespace caixora {
 
@@ -72,17 +71,6 @@ TEST(Text, TrimsSplitsAndReadsNumbers) {
   for (const auto& row : numbers) EXPECT_EQ(LeadingNumber(row.text), row.number) << row.text;
 }
 
-TEST(TextMode, TranslatesLineEnds) {
-  EXPECT_EQ(EncodeTextMode("a\nb\r\n"), "a\r\nb\r\r\n");
-  const struct { const char *bytes, *text; } rows[] = {
-      {"a\r\nb", "a\nb"}, {"a\rb\r", "a\rb\r"}, {"a\r\r\n", "a\r\n"}, {"a\x1A" "b\r\n", "a"}};
-  for (const auto& row : rows) {
-    std::string text = row.bytes;
-    DecodeTextMode(text);
-    EXPECT_EQ(text, row.text);
-  }
-}
-
 TEST(LogLine, IsItsOwnFormat) {
   const LogTime time{2024, 3, 7, 9, 15, 5};
   const std::string stamp = "\n07/03/2024 09:15:05 ::1.2:: ";
@@ -95,17 +83,6 @@ TEST(LogLine, IsItsOwnFormat) {
     EXPECT_EQ(FormatLogLine(time, "1.2", {row.message}, Detail::kOrdinary), stamp + row.written);
   EXPECT_EQ(FormatLogLine(time, "1.2", {"Erro ", "x"}, Detail::kDetailed), stamp + "Erro x (f)");
   EXPECT_EQ(RotatedLogName(time), "Caixora_20240307091505.log");
-}
-
-TEST(LogLine, FirstLineOfTheSwitchDecides) {
-  const struct { std::string_view start; LogMode mode; } rows[] = {
-      {"", LogMode::kOrdinary},           {"\r\nDETALHADO", LogMode::kOrdinary},
-      {"DETALHADO", LogMode::kDetailed},  {"DETALHADO\r\nx", LogMode::kDetailed},
-      {"DETALHADO \r\n", LogMode::kOff},  {"detalhado", LogMode::kOff},
-      {"DETALHADO\r", LogMode::kOff},     {"\x1A" "off", LogMode::kOrdinary},
-      {"DETALHADODETALHA", LogMode::kOff},
-  };
-  for (const auto& row : rows) EXPECT_EQ(ModeOf(row.start), row.mode) << row.start;
 }
 
 TEST(Answer, BecomesTheResult) {
@@ -138,12 +115,7 @@ TEST(Answer, BecomesTheResult) {
     EXPECT_EQ(ComposeResult(ParseAnswer(row.answer)), row.result) << row.name;
 }
 
-TEST(FlowCall, MakesItsTexts) {
-  FlowArguments a({20, "11222333000181", 1, "999", "1,00", "000545", "20210325", "009", "652", 7});
-  EXPECT_EQ(ParameterLine(a),
-            u8"20¬11222333000181¬1¬999¬1,00¬000545¬20210325¬1¬009¬652¬1¬7"_ansi);
-  EXPECT_EQ(SendingRecord(a), "TRDT|20210325||20210325||True|11222333000181|LOAD|009|652");
-  EXPECT_EQ(CancelLine(), u8"800¬¬¬¬¬¬¬1¬¬¬1¬0"_ansi);
+TEST(FlowCall, AmountsHaveTheirComma) {
   for (const char* good : {"1,00", "a,bc", "1000,00"}) EXPECT_TRUE(IsValidAmount(good)) << good;
   for (const char* bad : {"", ",00", "100", "1.00", "1.000,00", "1,0", ",,00"})
     EXPECT_FALSE(IsValidAmount(bad)) << bad;
