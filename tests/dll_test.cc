@@ -259,6 +259,8 @@ TEST_F(DllFlow, IsCancelledAndCrashes) {
   EXPECT_EQ(CALL(ContinuaFuncaoQJInterativo)("1"), 0);
   EXPECT_TRUE(Eventually([] { return Count("Trevix.exe") == 0; }));
   EXPECT_EQ(NextText(), u8"[ERROABORTAR]#Trevix não está em execução"_ansi);
+  EXPECT_EQ(CALL(ConfiguraIntTefInterativo)(), 0);
+  EXPECT_TRUE(Eventually([] { return Read("C:\\Trevix\\Trevix_parametros.txt").find(u8"\n20¬11222333000181¬1¬999¬"_ansi) != std::string::npos; }));
 }
 
 TEST_F(DllFlow, EveryRefusalHasItsCodeAndLogLine) {

@@ -3,7 +3,10 @@
 #include "interactive/finish.h"
 #include "interactive/launcher.h"
 #include "interactive/session.h"
+#include "support/ansi.h"
 #include "support/system_process.h"
+
+using caixora::operator""_ansi;
 
 namespace {
 
@@ -11,19 +14,8 @@ namespace {
 // ConfiguraIntTefInterativo.
 constexpr char kDeveloperFolder[] = "C:\\Trevix";
 constexpr char kDeveloperProgram[] = "C:\\Trevix\\Trevix.exe";
-constexpr char kDeveloperLine[] =
-    "20\xAC"
-    "11222333000181\xAC"
-    "1\xAC"
-    "999\xAC"
-    "1,00\xAC"
-    "000545\xAC"
-    "20210325\xAC"
-    "1\xAC"
-    "009\xAC"
-    "652\xAC"
-    "1\xAC"
-    "7";
+constexpr std::string_view kDeveloperLine =
+    u8"20¬11222333000181¬1¬999¬1,00¬000545¬20210325¬1¬009¬652¬1¬7"_ansi;
 
 int32_t Code(caixora::FlowCode code) { return static_cast<int32_t>(code); }
 
@@ -54,6 +46,6 @@ int32_t FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ, uint32_t
 int32_t CancelarFluxoQJInterativo(void) { return Code(caixora::CancelFlow()); }
 
 int32_t ConfiguraIntTefInterativo(void) {
-  caixora::ShellOpenDefault(kDeveloperProgram, kDeveloperLine, kDeveloperFolder);
+  caixora::ShellOpenDefault(kDeveloperProgram, kDeveloperLine.data(), kDeveloperFolder);
   return 0;
 }

@@ -2,7 +2,8 @@
 //
 // Every text that leaves the library is Windows-1252, while the sources are UTF-8. The conversion
 // happens at compile time from a u8 literal, so no execution-charset flag can change the bytes.
-// A character that Latin-1 does not share with Windows-1252 does not compile.
+// A character that Latin-1 does not share with Windows-1252 does not compile. A NUL stands behind
+// the text, so that its data() is a C string.
 #pragma once
 
 #include <algorithm>
@@ -34,16 +35,16 @@ struct Utf8Text {
 
 template <Utf8Text kText>
 consteval auto Encode() {
-  std::array<char, kText.AnsiSize()> bytes{};
+  std::array<char, kText.AnsiSize() + 1> bytes{};
   std::size_t from = 0;
-  for (char& byte : bytes) {
+  for (std::size_t to = 0; to + 1 < bytes.size(); ++to) {
     unsigned code = kText.units[from++];
     if (code >= 0x80) {
       if (code != 0xC2 && code != 0xC3) throw "character outside U+0080..U+00FF";
       code = (code & 0x03u) << 6 | (kText.units[from++] & 0x3Fu);
       if (code < 0xA0) throw "U+0080..U+009F mean something else in Windows-1252";
     }
-    byte = static_cast<char>(code);
+    bytes[to] = static_cast<char>(code);
   }
   return bytes;
 }
@@ -55,7 +56,7 @@ inline constexpr auto kBytes = Encode<kText>();
 
 template <ansi_detail::Utf8Text kText>
 consteval std::string_view operator""_ansi() {
-  return {ansi_detail::kBytes<kText>.data(), ansi_detail::kBytes<kText>.size()};
+  return {ansi_detail::kBytes<kText>.data(), ansi_detail::kBytes<kText>.size() - 1};
 }
 
 }  // namespace caixora

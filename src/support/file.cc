@@ -6,8 +6,27 @@
 #include "support/windows.h"
 
 namespace caixora {
+namespace {
+
+// While it lives, a drive without a disk is a file that does not open, and no dialog that stops the
+// checkout: the search for the GP opens paths on every drive.
+class NoDialogs {
+ public:
+  NoDialogs() noexcept {
+    ::SetThreadErrorMode(::GetThreadErrorMode() | SEM_FAILCRITICALERRORS, &previous_);
+  }
+  ~NoDialogs() { ::SetThreadErrorMode(previous_, nullptr); }
+  NoDialogs(const NoDialogs&) = delete;
+  NoDialogs& operator=(const NoDialogs&) = delete;
+
+ private:
+  DWORD previous_ = 0;
+};
+
+}  // namespace
 
 std::optional<File> File::Open(const std::string& path, Use use) noexcept {
+  const NoDialogs scope;
   DWORD access = GENERIC_READ;
   DWORD creation = OPEN_EXISTING;
   if (use == Use::kReplace) {
