@@ -17,7 +17,8 @@
  * 4. Every call blocks its thread until it has ended; while the GP's answer is awaited there is no
  *    time limit. The library's state is process-wide and unguarded: one call at a time.
  * 5. No call raises an error or exception. One thing ends the host: a log file that cannot be
- *    opened for writing prints a message on the standard output and exits with status 1.
+ *    opened for writing prints a message on the standard output and exits with status 1. A call that
+ *    finds no memory at all for its result waits at its start until there is some.
  * 6. Confirmar and Desfazimento leave a pending confirmation, which the next answer read forgets. A
  *    call of theirs that is refused, or that finds the GP not running, leaves it in force, and the
  *    next payment call is then answered as if it were the confirmation. Repeat the refused call, or
@@ -37,7 +38,9 @@
  *
  * Arguments that keep their meaning everywhere:
  *
- *    sCNPJCliente   the merchant's CNPJ, 14 digits, with or without ".", "-" and "/"
+ *    sCNPJCliente   the merchant's CNPJ, 14 digits, with or without ".", "-" and "/"; always checked,
+ *                   but not sent by links, fleet sales, document requests, Atv and
+ *                   ManutencaoLinkPagamento
  *    sCNPJParceiro  the CNPJ of the maker of the point-of-sale program
  *    iCupom         the caller's receipt number; it identifies the transaction towards the GP
  *    iLeitor        the reader (terminal) number
@@ -113,7 +116,7 @@ CaixoraTexto VendeFrotaCompleto(const char *sCNPJCliente, const char *sCNPJParce
  * six fields separated by the byte 0xAC (the not sign): two free texts, the quantity (a whole
  * number) and three numbers with "." or "," as decimal mark. Anything else is refused. With a count
  * below 1 or an empty text no items are sent. sCampo011 and sCampo012 are sent as they stand, even
- * when empty; the CNPJ and iLeitor are not sent.
+ * when empty; iLeitor is not sent.
  */
 CaixoraTexto LinkPagamento(const char *sCNPJCliente, const char *sCNPJParceiro, int32_t iParcelas,
                            double dValor, int32_t iCupom, int32_t iQtdeItens, const char *sItens,

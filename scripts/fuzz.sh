@@ -1,16 +1,12 @@
 #!/usr/bin/env bash
 # Fuzzes each target for a number of seconds (60 by default), one after the other, or the targets
 # named: scripts/fuzz.sh 1200 CheckAnswer
-set -euo pipefail
-cd "$(dirname "$0")/.."
+source "$(dirname "$0")/lib.sh"
 seconds=${1:-60}
 targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || targets=(CheckAnswer CheckRequest CheckTexts)
 
-if ! ls /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1; then
-  apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends clang-14 libclang-rt-14-dev
-fi
+install_missing clang-14 libclang-rt-14-dev
 
 for target in "${targets[@]}"; do
   out=build/fuzz/$target

@@ -73,7 +73,6 @@ void Sale(std::int32_t code, const char* log_switch) {
   const bool known = text == kResult || text == "S;2;COMANDO COM SUCESSO\r\nC;7;;;;;;;1;;;;;;;" || text.starts_with("S;0;GP N") ||
                      text.starts_with("S;0;ERRO AO CRIAR ARQUIVO TEF") || text.starts_with("S;0;PASTA TEF_DIAL NAO LOCALIZADA") ||
                      text.starts_with("S;0;GP NAO INSTALADO") || text.starts_with("S;0;FALHA INTERNA, ") ||
-                     text.starts_with("S;0;CNPJ") ||
                      // A local answer that the disk did not take whole.
                      (code == 98 && text.starts_with("S;2;"));
   if (!known) Fault("unknown result: " + text);
@@ -98,7 +97,7 @@ void Interactive() {
   };
   machine.on_hard_stop = [] {};
   armed = true;
-  in(StartClient(call), {0, 30, 32, 33, 34, 37, 40, 41, 42});
+  in(StartClient(call), {0, 30, 32, 33, 34, 37, 41, 42});
   armed = false;
   ReqFolder = "C:\\T\\Req";
   RespFolder = "C:\\T\\Resp";
@@ -117,7 +116,7 @@ void Interactive() {
   if (answered == FlowCode::kDone && machine["C:\\T\\Resp\\Resp001.txt"] + machine["C:\\T\\Resp\\Resp001_Temp.txt"] != "1") Fault("the answer was lost");
   machine.on_pause = [] { machine.images.clear(); };
   armed = true;
-  in(FinishFlow(call), {0, 30, 32, 33, 34, 37, 39, 40, 41, 42});
+  in(FinishFlow(call), {0, 30, 32, 33, 34, 37, 39, 41, 42});
   in(CancelFlow(), {0, 42, 43});
   armed = false;
 }

@@ -44,7 +44,8 @@ class Mutator {
   std::mt19937_64 random_{20240307};
 };
 
-void Mutate(void (*check)(std::string_view), std::vector<std::string> seeds) {
+template <class Check>
+void Mutate(Check check, std::vector<std::string> seeds) {
   Mutator mutator(std::move(seeds));
   for (int i = 0; i < kRounds; ++i) ASSERT_NO_THROW(check(mutator.Next()));
 }
@@ -60,8 +61,10 @@ TEST(Mutation, Requests) {
   const std::string head("\x16\x02\x11\0\0\0\x01\0\0\0\0\0\0\x29\x40", 15);  // code 22, 2 items, 12.5
   std::string fleet = head;
   fleet[0] = 25;
-  Mutate(CheckRequest, {head + std::string(u8"7891¬CAFE¬2¬10,50¬0¬21,00|x¬y¬1¬4.99¬0¬4.99"_ansi), fleet + "a-b-c-d-e-f|g" + std::string(1, '\0') + "12.345.678/0001-95",
-                     std::string(15, '\0') + "x"});
+  const std::vector<std::string> seeds = {head + std::string(u8"7891¬CAFE¬2¬10,50¬0¬21,00|x¬y¬1¬4.99¬0¬4.99"_ansi),
+                                          fleet + "a-b-c-d-e-f|g" + std::string(1, '\0') + "12.345.678/0001-95", std::string(6, '\0') + "\x01" + std::string(8, '\0')};
+  for (const std::string& seed : seeds) EXPECT_TRUE(CheckRequest(seed)) << "a good call was refused";
+  Mutate(CheckRequest, seeds);
 }
 
 TEST(Mutation, Texts) {

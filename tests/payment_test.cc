@@ -1,8 +1,9 @@
 // Whole payment calls on a machine in memory: requests, refusals, location, cycle, log.
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <functional>
 
+#include "caixora.h"
 #include "exchange/chama_tef.h"
 #include "fake_machine.h"
 #include "support/ansi.h"
@@ -57,70 +58,65 @@ std::string Shown(std::string record) {
 }
 
 TEST_F(Payment, EveryOperationHasItsRequestAndLogLine) {
-  constexpr auto kLink = u8"a¬b¬1¬1¬1¬1|c¬d¬2¬1,5¬1¬2¬"_ansi;
-  const std::string link = std::string(kLink) + "3";  // seven fields: refused when it counts
-  const std::string two = std::string(u8"7891¬CAFE¬2¬10,50¬0¬21,00|x¬y¬1¬4.99¬0¬4.99"_ansi);
+  static const std::string seven(u8"a¬b¬1¬1¬1¬1¬7"_ansi);  // a field too many: refused when it counts
+  static const std::string two(u8"7891¬CAFE¬2¬10,50¬0¬21,00|x¬y¬1¬4.99¬0¬4.99"_ansi);
+  constexpr auto c = kCnpj;
   const std::string p = "12345678000195 - sCNPJParceiro:12345678000195";
   const std::string sale = p + " - dValor:12.500000 - iCupom:17 - iLeitor:3";
   const std::string parts = p + " - iParcelas:4 - dValor:12.500000 - iCupom:17 - iLeitor:3";
   const std::string head = "000-000 = CRT|001-000 = 17|003-000 = 1250|";
   const std::string tail = "800-005 = 12345678000195|800-006 = 3|999-999 = 0";
   const std::string adm = "000-000 = ADM|001-000 = 17|003-000 = 1250|" + tail;
-  const struct { int code; TefCall extra; std::string record, line; } rows[] = {
-      {0, {}, head + "800-001 = 0|" + tail, "VendeCredito: sCNPJCliente:" + sale},
-      {1, {}, head + "800-001 = 0|800-002 = 0|" + tail, "VendeCreditoVista: sCNPJCliente:" + sale},
-      {2, {}, head + "800-001 = 0|800-002 = 1|800-003 = 1|800-004 = 4|" + tail, "VendeCreditoParcLoja: sCNPJCliente:" + parts},
-      {3, {}, head + "800-001 = 0|800-002 = 1|800-003 = 0|800-004 = 4|" + tail, "VendeCreditoParcAdm: sCNPJCliente:" + parts},
-      {4, {}, head + "800-001 = 1|" + tail, "VendeDebito: sCNPJCliente:" + sale},
-      {5, {.sControle = "K9"}, "000-000 = CNC|001-000 = 17|003-000 = 1250|800-005 = 12345678000195|800-006 = 3|800-007 = K9|999-999 = 0",
+  const auto direct = [](std::int32_t code) {
+    return ChamaTef({.codigo = code, .sCNPJCliente = kCnpj, .sCNPJParceiro = kCnpj, .dValor = 12.5, .iCupom = 17, .iLeitor = 3}).release();
+  };
+  const struct { std::function<CaixoraTexto()> call; std::string record, line; } rows[] = {
+      {[&] { return VendeCredito(c, c, 12.5, 17, 3); }, head + "800-001 = 0|" + tail, "VendeCredito: sCNPJCliente:" + sale},
+      {[&] { return VendeCreditoVista(c, c, 12.5, 17, 3); }, head + "800-001 = 0|800-002 = 0|" + tail, "VendeCreditoVista: sCNPJCliente:" + sale},
+      {[&] { return VendeCreditoParcLoja(c, c, 4, 12.5, 17, 3); }, head + "800-001 = 0|800-002 = 1|800-003 = 1|800-004 = 4|" + tail, "VendeCreditoParcLoja: sCNPJCliente:" + parts},
+      {[&] { return VendeCreditoParcAdm(c, c, 4, 12.5, 17, 3); }, head + "800-001 = 0|800-002 = 1|800-003 = 0|800-004 = 4|" + tail, "VendeCreditoParcAdm: sCNPJCliente:" + parts},
+      {[&] { return VendeDebito(c, c, 12.5, 17, 3); }, head + "800-001 = 1|" + tail, "VendeDebito: sCNPJCliente:" + sale},
+      {[&] { return Cancelar(c, c, 12.5, 17, "K9", 3); }, "000-000 = CNC|001-000 = 17|003-000 = 1250|800-005 = 12345678000195|800-006 = 3|800-007 = K9|999-999 = 0",
        "Cancelar: sCNPJCliente:" + p + " - dValor:12.500000 - iCupom:17 - sControle:K9 - iLeitor:3"},
-      {5, {.dValor = -0.0}, "000-000 = CNC|001-000 = 17|" + tail,
+      {[&] { return Cancelar(c, c, -0.0, 17, nullptr, 3); }, "000-000 = CNC|001-000 = 17|" + tail,
        "Cancelar: sCNPJCliente:" + p + " - dValor:0.000000 - iCupom:17 - sControle: - iLeitor:3"},
-      {6, {}, "000-000 = ADM|000-001 = REIMPRESSAO|" + tail, "Reimpressao: sCNPJCliente:" + p + " - iLeitor:3"},
-      {7, {}, adm, "Adm: sCNPJCliente:" + sale},
-      {11, {}, adm, "Adm: sCNPJCliente:" + sale},
-      {11, {.dValor = -0.0}, "000-000 = ADM|001-000 = 17|" + tail, "Adm: sCNPJCliente:" + p + " - dValor:0.000000 - iCupom:17 - iLeitor:3"},
-      {12, {.dValor = -0.0}, "000-000 = REL|001-000 = 17|003-000 = 000|" + tail, "Relatorio:" + p + " - iCupom:17 - iLeitor:3"},
-      {14, {}, head + "800-001 = 2|" + tail, "MenuPrivate: sCNPJCliente:" + sale},
-      {15, {}, "000-000 = CPF|800-008 = 0|999-999 = 0", "SolicitarCPF:" + p + " - iCupom:17"},
-      {20, {}, head + "800-001 = 1|800-002 = 0|" + tail, "VendeDebitoAVista: sCNPJCliente:" + sale},
-      {21, {}, "000-000 = CEL|001-000 = 17|" + tail, "RecargaCelular: sCNPJCliente:" + sale},
-      {22, {.sCampo011 = "A", .iQtdeItens = 0, .sItens = link.c_str()},
-       head + "800-001 = 4|800-011 = A|800-012 = |800-010 = 4|",
-       "LinkPagamento: sCNPJCliente:" + p + " - iParcelas:4 - dValor:12.500000 - iCupom:17 - iQtdeItens:0 - Itens:" + link + " - iLeitor:3"},
-      {22, {.iQtdeItens = 2, .sItens = two.c_str()},
+      {[&] { return Reimpressao(c, c, 3); }, "000-000 = ADM|000-001 = REIMPRESSAO|" + tail, "Reimpressao: sCNPJCliente:" + p + " - iLeitor:3"},
+      {[&] { return direct(7); }, adm, "Adm: sCNPJCliente:" + sale},
+      {[&] { return Adm(c, c, 12.5, 17, 3); }, adm, "Adm: sCNPJCliente:" + sale},
+      {[&] { return Relatorio(c, c, 17, 3); }, "000-000 = REL|001-000 = 17|003-000 = 000|" + tail, "Relatorio:" + p + " - iCupom:17 - iLeitor:3"},
+      {[&] { return MenuPrivate(c, c, 12.5, 17, 3); }, head + "800-001 = 2|" + tail, "MenuPrivate: sCNPJCliente:" + sale},
+      {[&] { return SolicitarCPF(c, c, 17); }, "000-000 = CPF|800-008 = 0|999-999 = 0", "SolicitarCPF:" + p + " - iCupom:17"},
+      {[&] { return VendeDebitoAVista(c, c, 12.5, 17, 3); }, head + "800-001 = 1|800-002 = 0|" + tail, "VendeDebitoAVista: sCNPJCliente:" + sale},
+      {[&] { return RecargaCelular(c, c, 17, 3); }, "000-000 = CEL|001-000 = 17|" + tail, "RecargaCelular: sCNPJCliente:" + p + " - dValor:0.000000 - iCupom:17 - iLeitor:3"},
+      {[&] { return LinkPagamento(c, c, 4, 12.5, 17, 0, seven.c_str(), "A", "", 3); }, head + "800-001 = 4|800-011 = A|800-012 = |800-010 = 4|",
+       "LinkPagamento: sCNPJCliente:" + p + " - iParcelas:4 - dValor:12.500000 - iCupom:17 - iQtdeItens:0 - Itens:" + seven + " - iLeitor:3\n****IntPos****"},
+      {[&] { return LinkPagamento(c, c, 4, 12.5, 17, 2, two.c_str(), "A", "B", 3); },
        head + "261-000 = 2|261-011 = 7891|261-012 = CAFE|261-013 = 2|261-014 = 10,50|261-015 = 0|261-016 = 21,00|"
-       "261-021 = x|261-022 = y|261-023 = 1|261-024 = 4.99|261-025 = 0|261-026 = 4.99|800-001 = 4|800-011 = |800-012 = |800-010 = 4|",
-       "LinkPagamento: sCNPJCliente:" + p + " - iParcelas:4 - dValor:12.500000 - iCupom:17 - iQtdeItens:2 - Itens:" + two + " - iLeitor:3"},
-      {23, {}, head + "800-001 = 5|" + tail, "Carteira Digital/Pix: sCNPJCliente:" + sale},
-      {24, {}, head + "800-001 = 6|800-006 = 3|999-999 = 0", "Listar LinkPago Pago: sCNPJCliente:" + sale},
-      {25, {.sKM = "5", .sPlaca = "ABC1D23", .iQtdeItens = 1, .sItens = "a-b--d"},
+       "261-021 = x|261-022 = y|261-023 = 1|261-024 = 4.99|261-025 = 0|261-026 = 4.99|800-001 = 4|800-011 = A|800-012 = B|800-010 = 4|",
+       "LinkPagamento: sCNPJCliente:" + p + " - iParcelas:4 - dValor:12.500000 - iCupom:17 - iQtdeItens:2 - Itens:" + two + " - iLeitor:3\n****IntPos****"},
+      {[&] { return VendeCarteiraDigitalPix(c, c, 12.5, 17, 3); }, head + "800-001 = 5|" + tail, "Carteira Digital/Pix: sCNPJCliente:" + sale},
+      {[&] { return ListarLinkPagamentoPago(c, c, 12.5, 17, 3); }, head + "800-001 = 6|800-006 = 3|999-999 = 0", "Listar LinkPago Pago: sCNPJCliente:" + sale},
+      {[&] { return VendeFrotaCompleto(c, c, 12.5, "5", "ABC1D23", "", 1, "a-b--d", 17, 3); },
        head + "250-000 = 5|250-001 = ABC1D23|261-000 = 1|261-011 = a|261-012 = b|261-013 = |261-014 = d|261-015 = |261-016 = |800-001 = 2|800-006 = 3|999-999 = 0",
        "FrotaCompleto: sCNPJCliente:" + p + " - dValor:12.500000 - sKM: 5 - sPlaca: ABC1D23 - sMatricula:  - iQtdeItens: 1 - iCupom:17 - sItens: a-b--d - iLeitor:3"},
-      {26, {.sNSU = "777", .data = "25/03/2021"}, "000-000 = ADM|000-001 = REIMPRESSAO|012-000 = 777|022-000 = 25032021|" + tail,
+      {[&] { return ReimpressaoDireto(c, c, "777", "25/03/2021", 17, 3); }, "000-000 = ADM|000-001 = REIMPRESSAO|012-000 = 777|022-000 = 25032021|" + tail,
        "ReimpressaoDireto: sCNPJCliente:" + p + " - sNSU:777 - data: 25/03/2021 - iCupom:17 - iLeitor:3"},
-      {27, {}, "000-000 = CNPJ|800-008 = 0|999-999 = 0", "SolicitarCNPJ:" + p + " - iCupom:17 - iExibirTela:0"},
-      {28, {}, "000-000 = CPFCNPJ|800-008 = 0|999-999 = 0", "SolicitarDocumento:" + p + " - iCupom:17 - iExibirTela:0"},
-      {29, {}, head + "800-001 = 7|800-002 = 0|" + tail, "ParceleMais: sCNPJCliente:" + parts},
-      {30, {}, "000-000 = ADM|000-001 = MANUTLINKPGTO|800-006 = 3|999-999 = 0", "ManutencaoLinkPagamento: sCNPJCliente:" + p + " - iLeitor:3"},
-      {95, {}, "000-000 = CRT|001-000 = 17|", ""},
-      {97, {}, "000-000 = ATV|001-000 = 17|999-999 = 0", "Atv: sCNPJCliente:" + p + " - iCupom:17 - iLeitor:3"},
-      {98, {}, "000-000 =  CNF|001-000 = 17|800-005 = 12345678000195|999-999 = 0", "Confirmar: sCNPJCliente:" + p + " - iCupom:17"},
-      {99, {}, "000-000 = NCN|001-000 = 17|800-005 = 12345678000195|999-999 = 0", "Desfazimento:" + p + " - iCupom:17"},
-      {13, {}, "", ""},
-      {1000, {}, "", ""},
+      {[&] { return SolicitarCNPJ(c, c, 17); }, "000-000 = CNPJ|800-008 = 0|999-999 = 0", "SolicitarCNPJ:" + p + " - iCupom:17 - iExibirTela:0"},
+      {[&] { return SolicitarDocumento(c, c, 17); }, "000-000 = CPFCNPJ|800-008 = 0|999-999 = 0", "SolicitarDocumento:" + p + " - iCupom:17 - iExibirTela:0"},
+      {[&] { return ParceleMais(c, c, 12.5, 17, 3); }, head + "800-001 = 7|800-002 = 0|" + tail, "ParceleMais: sCNPJCliente:" + p + " - iParcelas:1 - dValor:12.500000 - iCupom:17 - iLeitor:3"},
+      {[&] { return ManutencaoLinkPagamento(c, c, 3); }, "000-000 = ADM|000-001 = MANUTLINKPGTO|800-006 = 3|999-999 = 0", "ManutencaoLinkPagamento: sCNPJCliente:" + p + " - iLeitor:3"},
+      {[&] { return direct(95); }, "000-000 = CRT|001-000 = 17|", ""},
+      {[&] { return Atv(c, c, 17, 3); }, "000-000 = ATV|001-000 = 17|999-999 = 0", "Atv: sCNPJCliente:" + p + " - iCupom:17 - iLeitor:3"},
+      {[&] { return Confirmar(c, c, 17); }, "000-000 =  CNF|001-000 = 17|800-005 = 12345678000195|999-999 = 0", "Confirmar: sCNPJCliente:" + p + " - iCupom:17"},
+      {[&] { return Desfazimento(c, c, 17); }, "000-000 = NCN|001-000 = 17|800-005 = 12345678000195|999-999 = 0", "Desfazimento:" + p + " - iCupom:17"},
+      {[&] { return direct(13); }, "", ""},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.code);
+    SCOPED_TRACE(row.record);
     SetUp();
-    liveness = row.code == 97;
-    TefCall call = row.extra;
-    call.codigo = row.code;
-    call.iParcelas = 4;
-    if (!std::signbit(call.dValor)) call.dValor = 12.5;  // -0.0 marks a call without amount
-    call.iCupom = 17;
-    call.iLeitor = 3;
-    EXPECT_EQ(Call(call), "S;2;OK\r\nC;;;;;;;;1;;;;;;;");
+    liveness = row.record.starts_with("000-000 = ATV");
+    AnswerIsLiveness = !liveness;  // as a call before may have left it
+    EXPECT_EQ(TextOf(ResultString(row.call())).substr(0, 4), "S;2;");
     EXPECT_EQ(Shown(request), row.record);
     EXPECT_TRUE(row.line.empty() || Logged("[METODO] " + row.line)) << machine.Log(kGp);
     EXPECT_EQ(machine.Log(kGp).find("[METODO]") == std::string::npos, row.line.empty());
@@ -252,20 +248,34 @@ TEST_F(Payment, HungGpIsKilledAndRestarted) {
   EXPECT_EQ(machine.started[8], "hidden|cmd /c taskkill -f -im Trevix.exe|");
   EXPECT_EQ(machine.started[9], "open|C:\\Pavolin TEF\\Pavolin.exe|STARTAUTO");
   EXPECT_TRUE(machine.Has(kReq)) << "the next call removes it";
+  EXPECT_TRUE(Logged(std::string(u8"Taskkill no GP, provavelmente está travado."_ansi)));
 }
 
 TEST_F(Payment, PendingConfirmationIsAnsweredLocallyAndCarriesOver) {
-  PendingConfirmation = "CONFIRMAR";
-  EXPECT_EQ(Call({.codigo = 98, .sCNPJCliente = "1"}), u8"S;0;CNPJ DO CLIENTE INVÁLIDO"_ansi);
+  const auto refused = [] { return TextOf(ResultString(Confirmar("1", kCnpj, 1))); };
+  EXPECT_EQ(refused(), u8"S;0;CNPJ DO CLIENTE INVÁLIDO"_ansi);
   answer = "009-000 = 9";  // the GP's own word is not waited for
   std::string local;
   machine.on_pause = [&] { if (machine.Has(kResp)) local = machine[kResp]; };
   EXPECT_EQ(Call({.codigo = 11, .iCupom = 123}), "S;2;COMANDO COM SUCESSO\r\nC;123;;;;;;;1;;;;;;;");
   EXPECT_EQ(Shown(local), "000-000 =  CNF|001-000 = 123|009-000 = 0|028-000 = 0|030-000 = COMANDO COM SUCESSO|999-999 = 0");
+  EXPECT_TRUE(Logged("CONFIRMACAO/DESFAZIMENTO: CONFIRMAR"));
   EXPECT_EQ(PendingConfirmation, "");
-  PendingConfirmation = "CANCELAR";
-  Call({.codigo = 99});
+  ResultString(Desfazimento(kCnpj, kCnpj, 1));
   EXPECT_TRUE(local.starts_with("000-000 =  NCN\r\n"));
+  const std::function<void()> forgetting[] = {[] { Teste(); }, [] { ResultString(Cancelar("1", "1", 0, 1, "", 1)); }, [] { ResultString(RecargaCelular("1", "1", 1, 1)); }};
+  for (const auto& forget : forgetting) {
+    refused();
+    EXPECT_EQ(PendingConfirmation, "CONFIRMAR");
+    forget();
+    EXPECT_EQ(PendingConfirmation, "");
+  }
+}
+
+TEST_F(Payment, GpGoneWhileWaitingIsStarted) {
+  machine.on_pause = [] { if (machine.files.erase("c:\\tef_dial\\req\\intpos.001")) machine.images.clear(); };
+  EXPECT_EQ(Call({}), u8"S;0;GP NÃO ATIVO"_ansi);
+  EXPECT_TRUE(Logged("AGUARDANDO INTPOS NA PASTA RESP\nArquivo NULL\nCLIENT NAO ESTA EM EXECUCAO\nGP NAO ATIVO, APOS AGUARDAR ARQUIVO NA PASTA RESP"));
 }
 
 }  // namespace

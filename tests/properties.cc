@@ -125,10 +125,10 @@ void CheckAnswer(std::string_view bytes) {
   Require(result == expected, "answer read differently", bytes);
 }
 
-void CheckRequest(std::string_view bytes) {
+bool CheckRequest(std::string_view bytes) {
   std::string_view rest = bytes;
   TefCall call;
-  call.codigo = Take<std::uint8_t>(rest) % 31;
+  call.codigo = Take<std::uint8_t>(rest) % 100;
   call.iQtdeItens = Take<std::int8_t>(rest);
   call.iCupom = Take<std::int32_t>(rest);
   call.iParcelas = Take<std::int8_t>(rest);
@@ -143,15 +143,13 @@ void CheckRequest(std::string_view bytes) {
 
   ResetMachine();
   TefArguments arguments(call);
-  if (ValidateArguments(arguments)) return;
-  Require(std::isfinite(call.dValor) && call.dValor >= 0 && call.iParcelas >= 1, "unchecked", bytes);
-  Require(arguments.sCNPJCliente.size() == 14, "CNPJ", bytes);
+  if (ValidateArguments(arguments)) return false;
   const Operation* operation = FindOperation(call.codigo);
   std::string record;
-  if (operation == nullptr || BuildRecord(*operation, arguments, record)) return;
+  if (operation == nullptr || BuildRecord(*operation, arguments, record)) return false;
 
   const auto dirty = [](const std::string& text) { return text.find_first_of("\r\n") != text.npos; };
-  if (dirty(items) || dirty(cnpj) || dirty(a) || dirty(b)) return;  // sent as they are
+  if (dirty(items) || dirty(cnpj) || dirty(a) || dirty(b)) return true;  // sent as they are
   int item_lines = 0;
   for (const std::string& line : NaiveSplit(record, '\n')) {
     const std::size_t equals = line.find(" = ");
@@ -168,6 +166,7 @@ void CheckRequest(std::string_view bytes) {
   }
   const bool with_items = (call.codigo == 22 || call.codigo == 25) && call.iQtdeItens > 0 && !items.empty();
   Require(item_lines == (with_items ? 6 * call.iQtdeItens : 0), "item lines", bytes);
+  return true;
 }
 
 void CheckTexts(std::string_view bytes) {

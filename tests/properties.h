@@ -6,5 +6,6 @@
 #include <string_view>
 
 void CheckAnswer(std::string_view bytes);   // an answer file
-void CheckRequest(std::string_view bytes);  // operation, amount, counts and texts of a call
+bool CheckRequest(std::string_view bytes);  // operation, amount, counts and texts of a call; true
+                                            // when it was accepted
 void CheckTexts(std::string_view bytes);    // configuration file, log message, switch file

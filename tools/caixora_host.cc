@@ -197,7 +197,6 @@ constexpr Function kFunctions[] = {
     CAIXORA_ROW(CancelarFluxoQJInterativo, ""),
     CAIXORA_ROW(ConfiguraIntTefInterativo, ""),
 };
-static_assert(std::size(kFunctions) == 32);
 
 // ---- The host ----
 

@@ -10,8 +10,7 @@ using caixora::operator""_ansi;
 
 namespace {
 
-// The developer's own companion and a line that it takes as a harmless test: see
-// ConfiguraIntTefInterativo.
+// For ConfiguraIntTefInterativo: the developer's own companion and a line that it takes as a test.
 constexpr char kDeveloperFolder[] = "C:\\Trevix";
 constexpr char kDeveloperProgram[] = "C:\\Trevix\\Trevix.exe";
 constexpr std::string_view kDeveloperLine =

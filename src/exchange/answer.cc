@@ -37,7 +37,7 @@ constexpr Field kFields[] = {
     {"013-000", Slot::kAuthorisation},
     {"018-000", Slot::kInstalments},
     {"028-000", Slot::kReceiptLines},
-    {"029-", Slot::kCount, Also::kReceipt},
+    {"029-", Slot::kCount, Also::kReceipt},  // no slot: appended to the receipt
     {"030-000", Slot::kMessage, Also::kLogsAndFolds, "LINHA030: "},
     {"031-000", Slot::k031_000},
     {"040-000", Slot::kInstitution},
@@ -132,14 +132,8 @@ std::string ComposeResult(Answer answer) {
 
   // The announced number of receipt lines decides, not the number of lines that came.
   std::string result = number(Slot::kReceiptLines) >= 1 ? "S;1;" : "S;2;";
-  result.append(answer[Slot::kMessage]).append("\r\n");
-  char separator = 'C';
-  for (const Slot slot : kRecord) {
-    if (separator == 'C') result.push_back('C');
-    separator = ';';
-    result.push_back(separator);
-    result.append(answer[slot]);
-  }
+  result.append(answer[Slot::kMessage]).append("\r\nC");
+  for (const Slot slot : kRecord) result.append(";").append(answer[slot]);
   if (!answer.receipt.empty()) result.append("\r\n").append(answer.receipt);
   return result;
 }

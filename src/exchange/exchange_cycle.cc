@@ -22,15 +22,15 @@ constexpr std::uint32_t kAnswerPoll = 200;
 // About five minutes; then the GP is taken to be hung.
 constexpr int kPickupPolls = 3000;
 
-// Every program that may hang on the exchange folder, whichever of them was found.
+// Every program that may hang on the exchange folder, whichever of them was found. Sent three
+// times: a hung program may take its time to go.
 constexpr const char* kKillCommands[] = {
     "cmd /c taskkill -f -im Pavolin.exe",
     "cmd /c taskkill -f -im ClientOrvane.exe",
     "cmd /c taskkill -f -im Trevix.exe",
 };
 
-// The GP that is started gets ready while the host shows this text. The result for a hung GP is
-// written without the tilde; hosts tell them apart.
+// A GP that was not there and one that hung: hosts tell the two apart by the tilde.
 constexpr std::string_view kGpInactive = u8"S;0;GP NÃO ATIVO"_ansi;
 constexpr std::string_view kGpHung = "S;0;GP NAO ATIVO";
 

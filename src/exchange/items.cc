@@ -61,12 +61,9 @@ Refusal CheckLinkItems(const TefArguments& arguments) {
   std::string_view items = arguments.sItens;
   const auto declared = static_cast<std::size_t>(arguments.iQtdeItens);
   const std::size_t sent = CountPieces(items, kItemSeparator);
-  if (sent == 0) return std::string(kWrongSeparator);
+  // A single item is told apart from several with a wrong separator.
   if (sent == 1) {
-    std::string_view rest = items;
-    std::string_view item;
-    TakePiece(rest, kItemSeparator, item);
-    const std::size_t fields = CountPieces(item, kNotSign);
+    const std::size_t fields = CountPieces(items.substr(0, items.find(kItemSeparator)), kNotSign);
     if (fields > kFieldCount) return std::string(kWrongSeparator);
     if (fields < kFieldCount) return std::string(kWrongFields);
   }

@@ -12,7 +12,7 @@ constexpr Line kCRT        {"000-000", "CRT"};
 constexpr Line kADM        {"000-000", "ADM"};
 constexpr Line kCupom      {"001-000", Value::kCupom};
 constexpr Line kValor      {"003-000", Value::kValor};
-constexpr Line kValorSeHa  {"003-000", Value::kValor, When::kAboveZero};
+constexpr Line kValorSeHa  {"003-000", Value::kValor, When::kWithAmount};
 constexpr Line kCliente    {"800-005", Value::kCliente};
 constexpr Line kLeitor     {"800-006", Value::kLeitor};
 constexpr Line kParcelas   {"800-004", Value::kParcelas};
@@ -41,8 +41,9 @@ constexpr std::array kFrota      {kParceiro, kLogValor, LogLabel{" - sKM: ", Val
                                   kLogCupom, LogLabel{" - sItens: ", Value::kItens}, kLogLeitor};
 constexpr std::array kReimpressao{kParceiro, LogLabel{" - sNSU:", Value::kNSU}, LogLabel{" - data: ", Value::kData}, kLogCupom, kLogLeitor};
 
-// In ascending order of codes. Heads that differ from the export's name do so for good. 22 and 95
-// end without a terminator, and 98 has a second blank behind its equals sign, for good too.
+// In ascending order of codes. GPs in the field and the scripts of support staff know these records
+// and lines byte for byte. Hence a terminator that is missing from 22 and 95, the second blank behind
+// the equals sign of 98, and heads that differ from the export's name.
 constexpr Operation kOperations[] = {
   { 0,  0, "[METODO] VendeCredito: sCNPJCliente:",            kVenda,
     {kCRT, kCupom, kValor, {"800-001", "0"}, kCliente, kLeitor, kFim}},

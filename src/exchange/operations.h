@@ -33,7 +33,9 @@ enum class Value : std::uint8_t {
   kData,
 };
 
-enum class When : std::uint8_t { kAlways, kAboveZero, kNotEmpty };
+// Whether a line is written: always, in a call whose amount is above zero, or with a text of its
+// own.
+enum class When : std::uint8_t { kAlways, kWithAmount, kNotEmpty };
 
 // One line of a record, "NNN-NNN = text": a fixed text, or the text of an argument. Or a block of
 // item lines, which brings its own keys.

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kTerminator = "999-999";
 
-std::string LogText(Value value, const TefArguments& arguments) {
+std::string TextOf(Value value, const TefArguments& arguments) {
   switch (value) {
     case Value::kNone:
       return {};
@@ -53,14 +53,14 @@ std::string LogText(Value value, const TefArguments& arguments) {
 std::string RecordText(Value value, const TefArguments& arguments) {
   if (value == Value::kValor) return FormatarValor(arguments.dValor);
   if (value == Value::kData) return RetornaNumeros(arguments.data);
-  return LogText(value, arguments);
+  return TextOf(value, arguments);
 }
 
 bool IsLeftOut(const Line& line, const std::string& text, const TefArguments& arguments) {
   switch (line.when) {
     case When::kAlways:
       return false;
-    case When::kAboveZero:
+    case When::kWithAmount:
       return !(arguments.dValor > 0);
     case When::kNotEmpty:
       return text.empty();
@@ -91,7 +91,7 @@ void LogOperation(const Operation& operation, const TefArguments& arguments) {
   std::string line(operation.log_head);
   line.append(arguments.sCNPJCliente);
   for (const LogLabel& label : operation.log_tail)
-    line.append(label.label).append(LogText(label.value, arguments));
+    line.append(label.label).append(TextOf(label.value, arguments));
   WriteLog({line});
 }
 

@@ -9,8 +9,6 @@
 namespace caixora {
 namespace {
 
-constexpr std::size_t kCnpjLength = 14;
-
 Refusal Refuse(std::string_view text) { return std::string(text); }
 
 }  // namespace

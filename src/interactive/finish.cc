@@ -70,15 +70,17 @@ FlowCode FinishFlow(const FlowCall& call) noexcept {
     FlowArguments arguments(call);
     if (const FlowCode code = RunCompanion(kFinish, arguments); code != FlowCode::kDone)
       return code;
+    // Made before the wait: the companion's run may take memory that sending would miss.
+    const std::string line = ParameterLine(arguments);
+    const std::string record = SendingRecord(arguments);
     AwaitCompanionEnd();
     if (arguments.sCampo6.find(kDoNotSend) != std::string::npos) {
       WriteLog({u8"Email.exe não será executado"_ansi}, Detail::kDetailed);
       return FlowCode::kDone;
     }
-    return Send(ParameterLine(arguments), SendingRecord(arguments));
+    return Send(line, record);
   } catch (...) {
-    WriteLog({"Erro ao iniciar Trevix.exe"});
-    return FlowCode::kStartFailed;
+    return RefuseStartFailed();
   }
 }
 

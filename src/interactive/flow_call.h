@@ -5,25 +5,27 @@
 #include <string>
 #include <string_view>
 
+#include "caixora.h"
+
 namespace caixora {
 
-// Codes of the interactive operations; the public header documents each for hosts.
+// Codes of the interactive operations, as the public header has them for hosts.
 enum class FlowCode : std::int32_t {
-  kDone = 0,
-  kNoPathEntry = 30,
-  kEmptyPath = 31,
-  kCompanionMissing = 32,
-  kCompanionNotRunning = 33,
-  kStartFailed = 34,
-  kNoStagingFile = 35,
-  kAnswerFailed = 36,
-  kNoConfigFile = 37,
-  kBadAmount = 38,
-  kSenderMissing = 39,
-  kBadCnpj = 40,
-  kBeingUpdated = 41,
-  kNotElevated = 42,
-  kStillRunning = 43,
+  kDone = CAIXORA_QJ_SUCESSO,
+  kNoPathEntry = CAIXORA_QJ_SEM_CAMINHO,
+  kEmptyPath = CAIXORA_QJ_CAMINHO_VAZIO,
+  kCompanionMissing = CAIXORA_QJ_TREVIX_AUSENTE,
+  kCompanionNotRunning = CAIXORA_QJ_TREVIX_NAO_EXECUTA,
+  kStartFailed = CAIXORA_QJ_ERRO_AO_INICIAR,
+  kNoStagingFile = CAIXORA_QJ_SEM_ARQUIVO_RESP,
+  kAnswerFailed = CAIXORA_QJ_ERRO_RESP,
+  kNoConfigFile = CAIXORA_QJ_SEM_CONFIG,
+  kBadAmount = CAIXORA_QJ_VALOR_INVALIDO,
+  kSenderMissing = CAIXORA_QJ_EMAIL_AUSENTE,
+  kBadCnpj = CAIXORA_QJ_CNPJ_INVALIDO,
+  kBeingUpdated = CAIXORA_QJ_EM_ATUALIZACAO,
+  kNotElevated = CAIXORA_QJ_SEM_ADMINISTRADOR,
+  kStillRunning = CAIXORA_QJ_OUTRA_TRANSACAO,
 };
 
 // As the host passes them. Most fields have a meaning for the companion alone and go by their place

@@ -2,6 +2,7 @@
 
 #include "interactive/config_file.h"
 #include "support/ansi.h"
+#include "support/cnpj.h"
 #include "support/file.h"
 #include "support/files.h"
 #include "support/log.h"
@@ -15,25 +16,28 @@
 namespace caixora {
 namespace {
 
-constexpr std::size_t kCnpjLength = 14;
+// Milliseconds.
+constexpr std::uint32_t kAfterClearing = 1000;
+constexpr std::uint32_t kAfterFirstRequest = 50;
+constexpr std::uint32_t kAfterLastRequest = 150;
+
+constexpr char kPathKey[] = "CAMINHO";
 
 std::string CompanionPath() { return ClientFolder + "\\" + kCompanionExe; }
 
 // Clears the way for a new flow: no question and no answer of an earlier one.
-void RemoveExchangeFiles() {
-  ReqFolder = ClientFolder + "\\Req";
-  RespFolder = ClientFolder + "\\Resp";
+void ClearExchange() {
+  SetExchangeFolders();
   // The line names the wrong folder and always has; the file removed is the question's.
   WriteLog({"Antes de Remover Arquivo - ", RespFolder, "\\Req001.txt"}, Detail::kDetailed);
-  RemoveFile(ReqFolder + "\\Req001.txt");
-  RemoveFile(RespFolder + "\\Resp001.txt");
-  Pause(1000);
+  RemoveExchangeFiles();
+  Pause(kAfterClearing);
 }
 
 constexpr RunVariant kStart{
     .entry = "ENTROU -  IniciaFuncaoQJInterativo()",
     .companion_missing = u8"Trevix não Encontrado! - "_ansi,
-    .ready_exchange_files = RemoveExchangeFiles,
+    .ready_exchange_files = ClearExchange,
     .starting = "Iniciando Trevix - IniciaQJInterativo",
     .not_running = u8"Trevix.exe não está em execução"_ansi,
 };
@@ -65,7 +69,7 @@ FlowCode FindCompanionFolder() {
     return FlowCode::kNoConfigFile;
   }
   WriteLog({"Chamando FindConfigQJ"}, Detail::kDetailed);
-  const ConfigPair path = FindConfigQJ("CAMINHO");
+  const ConfigPair path = FindConfigQJ(kPathKey);
   WriteLog({"Retorno FindConfigQJ: ", path.key, ", ", path.value}, Detail::kDetailed);
   if (path.key.empty() && path.value.empty()) {
     WriteLog({u8"Erro - Não foi encontrado o caminho para o Trevix.exe"_ansi});
@@ -103,9 +107,9 @@ FlowCode Launch(const RunVariant& variant, const std::string& line) {
     WriteLog({"PARAMETROS - ", line}, Detail::kDetailed);
     ExecuteCommand(path, line);
   } catch (...) {
-    WriteLog({"Erro ao iniciar Trevix.exe"});
+    const FlowCode code = RefuseStartFailed();
     WriteLog({"Parametros: ", line}, Detail::kDetailed);
-    return FlowCode::kStartFailed;
+    return code;
   }
   if (IsProcessRunning()) return FlowCode::kDone;
   WriteLog({variant.not_running});
@@ -120,8 +124,7 @@ FlowCode StartClient(const FlowCall& call) noexcept {
     FlowArguments arguments(call);
     return RunCompanion(kStart, arguments);
   } catch (...) {
-    WriteLog({"Erro ao iniciar Trevix.exe"});
-    return FlowCode::kStartFailed;
+    return RefuseStartFailed();
   }
 }
 
@@ -143,17 +146,28 @@ FlowCode RunCompanion(const RunVariant& variant, FlowArguments& arguments) {
   return Launch(variant, ParameterLine(arguments));
 }
 
+void SetExchangeFolders() {
+  ReqFolder = ClientFolder + "\\Req";
+  RespFolder = ClientFolder + "\\Resp";
+}
+
+void RemoveExchangeFiles() {
+  RemoveFile(ReqFolder + kQuestionFile);
+  RemoveFile(RespFolder + kAnswerFile);
+}
+
 void StopClient() {
+  // Three times: the first request can miss a companion that is just being started.
   const auto request = [] { ShellRunElevated(L"taskkill", L"/F /T /IM Trevix.exe"); };
   request();
-  Pause(50);
+  Pause(kAfterFirstRequest);
   request();
   request();
-  Pause(150);
+  Pause(kAfterLastRequest);
 }
 
 void RestartClient() {
-  SetClientFolder(FindConfigQJ("CAMINHO").value);
+  SetClientFolder(FindConfigQJ(kPathKey).value);
   const std::string path = CompanionPath();
   const std::string line = CancelLine();
   WriteLog({"EXE - ", path}, Detail::kDetailed);
@@ -161,15 +175,21 @@ void RestartClient() {
   ExecuteCommand(path, line);
 }
 
-FlowCode RefuseNotElevated() {
+FlowCode RefuseNotElevated() noexcept {
   WriteLog({u8"A automação deve ser executada no modo administrador"_ansi});
   return FlowCode::kNotElevated;
 }
 
-FlowCode CheckStopped() {
-  if (!IsProcessRunning()) return FlowCode::kDone;
+FlowCode RefuseStartFailed() noexcept {
+  WriteLog({"Erro ao iniciar Trevix.exe"});
+  return FlowCode::kStartFailed;
+}
+
+FlowCode RefuseStillRunning() noexcept {
   WriteLog({u8"Trevix.exe está em execução devido ao outra transacao"_ansi});
   return FlowCode::kStillRunning;
 }
+
+FlowCode CheckStopped() { return IsProcessRunning() ? RefuseStillRunning() : FlowCode::kDone; }
 
 }  // namespace caixora

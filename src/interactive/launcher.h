@@ -30,11 +30,19 @@ void StopClient();
 // Starts the companion with its cancel line; nothing is checked.
 void RestartClient();
 
-// Logs the one line of a host that does not run as administrator.
-FlowCode RefuseNotElevated();
+// The two small files of the exchange with the companion: where they lie under ClientFolder, and
+// their removal.
+inline constexpr char kQuestionFile[] = "\\Req001.txt";
+inline constexpr char kAnswerFile[] = "\\Resp001.txt";
+void SetExchangeFolders();
+void RemoveExchangeFiles();
 
-// As the last word on a companion that was to be stopped: kDone, or kStillRunning with its log
-// line.
+// Codes that several operations return, each with its one log line.
+FlowCode RefuseNotElevated() noexcept;
+FlowCode RefuseStartFailed() noexcept;
+FlowCode RefuseStillRunning() noexcept;
+
+// The last word on a companion that was to be stopped: kDone, or RefuseStillRunning.
 FlowCode CheckStopped();
 
 }  // namespace caixora

@@ -6,7 +6,6 @@
 #include "interactive/launcher.h"
 #include "support/ansi.h"
 #include "support/file.h"
-#include "support/files.h"
 #include "support/log.h"
 #include "support/prepare_to_throw.h"
 #include "support/process.h"
@@ -19,18 +18,14 @@
 namespace caixora {
 namespace {
 
-constexpr std::string_view kQuestionFile = "\\Req001.txt";
-constexpr std::string_view kAnswerFile = "\\Resp001.txt";
-constexpr std::string_view kStagingFile = "\\Resp001_Temp.txt";
+constexpr char kStagingFile[] = "\\Resp001_Temp.txt";
 
-constexpr std::uint32_t kFilePause = 50;  // milliseconds around the companion's file accesses
+// Milliseconds.
+constexpr std::uint32_t kFilePause = 50;  // around the companion's file accesses
+constexpr std::uint32_t kAfterCancelLine = 150;
 
 // The log has one word for every failure of a wait, whatever failed.
 constexpr std::string_view kWaitFailed = "Erro ao excluir o arquivo: ";
-
-std::string In(const std::string& folder, std::string_view file) {
-  return std::string(folder).append(file);
-}
 
 ResultString Text(Pieces text) {
   ResultString result = MakeResult(text);
@@ -75,8 +70,8 @@ ResultString TakeReturn(const std::string& path) {
 }
 
 FlowCode WriteAnswer(const std::string& answer) {
-  const std::string path = In(RespFolder, kAnswerFile);
-  const std::string staging = In(RespFolder, kStagingFile);
+  const std::string path = RespFolder + kAnswerFile;
+  const std::string staging = RespFolder + kStagingFile;
   WriteLog({"Criando arquivo temporario: ", staging});
   auto file = File::Open(staging, File::Use::kAppend);
   if (!file) {
@@ -103,15 +98,13 @@ void MoveToRawFolder() {
   if (!file) return;
   ClientFolder = ReadFirstLine(*file);
   file.reset();
-  ReqFolder = ClientFolder + "\\Req";
-  RespFolder = ClientFolder + "\\Resp";
+  SetExchangeFolders();
   // No log can be opened under a key, and without its log the library ends the host; so the log
   // moves along only to a folder that is there. A NUL would end the path before the log's name.
   const bool is_path = ClientFolder.find('\0') == std::string::npos;
   if (is_path && QueryPath(ToWide(ClientFolder)) == PathState::kFolder)
     LogBaseFolder = ClientFolder;
-  RemoveFile(In(ReqFolder, kQuestionFile));
-  RemoveFile(In(RespFolder, kAnswerFile));
+  RemoveExchangeFiles();
 }
 
 }  // namespace
@@ -123,7 +116,7 @@ ResultString AwaitQuestion() noexcept {
   RecordLibraryVersion();
   WriteLog({"ENTROU -  AguardaFuncaoQJInterativo()"});
   try {
-    const std::string path = In(ReqFolder, kQuestionFile);
+    const std::string path = ReqFolder + kQuestionFile;
     ClientExeName = kCompanionExe;
     return IsProcessRunning() ? TakeQuestion(path) : TakeReturn(path);
   } catch (...) {
@@ -156,12 +149,11 @@ FlowCode CancelFlow() noexcept {
     StopClient();
     if (const FlowCode code = CheckStopped(); code != FlowCode::kDone) return code;
     RestartClient();
-    Pause(150);
+    Pause(kAfterCancelLine);
     MoveToRawFolder();
     return FlowCode::kDone;
   } catch (...) {
-    WriteLog({u8"Trevix.exe está em execução devido ao outra transacao"_ansi});
-    return FlowCode::kStillRunning;
+    return RefuseStillRunning();
   }
 }
 

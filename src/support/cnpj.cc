@@ -28,7 +28,7 @@ std::string WithoutPunctuation(std::string_view text) {
 }
 
 bool ValidarCNPJ(std::string_view text) {
-  std::array<int, 14> digits{};
+  std::array<int, kCnpjLength> digits{};
   const std::string characters = WithoutPunctuation(text);
   if (characters.size() > digits.size()) return false;
   for (std::size_t i = 0; i < characters.size(); ++i)

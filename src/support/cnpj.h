@@ -6,6 +6,8 @@
 
 namespace caixora {
 
+inline constexpr std::size_t kCnpjLength = 14;
+
 // The text without its ".", "-" and "/".
 std::string WithoutPunctuation(std::string_view text);
 

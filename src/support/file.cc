@@ -69,6 +69,7 @@ std::int64_t File::SeekToEnd() noexcept {
 }
 
 PathState QueryPath(const std::wstring& path) noexcept {
+  const NoDialogs scope;
   const DWORD attributes = ::GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES)
     return ::GetLastError() == ERROR_FILE_NOT_FOUND ? PathState::kNotFound : PathState::kUnreadable;

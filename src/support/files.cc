@@ -23,8 +23,7 @@ bool OpensForReading(const std::string& path) noexcept {
 
 std::int32_t FileSizeMB(const std::string& path) noexcept {
   auto file = File::Open(path, File::Use::kRead);
-  // The position is a signed 32-bit number, as it always was: a file of 2 GiB and more reads as
-  // negative, and such a log is not moved aside any more.
+  // The position is a signed 32-bit number, as it always was: it wraps from 2 GiB on.
   return file ? static_cast<std::int32_t>(file->SeekToEnd()) / 1048576 : 0;
 }
 

@@ -1,6 +1,6 @@
-// The process-wide texts of the library, all in one place. They start empty, live as long as the
-// process and are never guarded: the host makes one call at a time. Nothing clears them between
-// calls, on purpose: what one call found, a later one may still use.
+// Everything that outlives a call, all in one place. It starts empty, lives as long as the process
+// and is never guarded: the host makes one call at a time. Folders and names stay between calls, on
+// purpose: what one call found, a later one may still use.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 namespace caixora {
 
 // Folder of the program in use: the GP's (with its trailing backslash) during a payment call, the
-// companion's (without one) during the interactive flow.
+// companion's, as ConfigQJ.ini gives it, during the interactive flow.
 inline std::string ClientFolder;
 
 // File name of that program; the process check looks for it.
