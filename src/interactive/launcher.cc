@@ -29,7 +29,7 @@ std::string CompanionPath() { return ClientFolder + "\\" + kCompanionExe; }
 void ClearExchange() {
   SetExchangeFolders();
   // The line names the wrong folder and always has; the file removed is the question's.
-  WriteLog({"Antes de Remover Arquivo - ", RespFolder, "\\Req001.txt"}, Detail::kDetailed);
+  WriteLog({"Antes de Remover Arquivo - ", RespFolder, kQuestionFile}, Detail::kDetailed);
   RemoveExchangeFiles();
   Pause(kAfterClearing);
 }
