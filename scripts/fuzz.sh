@@ -12,7 +12,7 @@ for target in "${targets[@]}"; do
   out=build/fuzz/$target
   mkdir -p "$out/corpus"
   clang++-14 -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
-    -Isrc -Itests "-DCHECK=$target" -o "$out/fuzz" fuzz/target.cc tests/properties.cc \
+    -Isrc -Iinclude -Itests "-DCHECK=$target" -o "$out/fuzz" fuzz/target.cc tests/properties.cc \
     tests/fake_machine.cc $(sed -n '/^add_library(caixora_core/,/)/s/^ *\(src[^ )]*\).*/\1/p' CMakeLists.txt)
   # Separators and keys that chance alone would find late.
   tr ' ' '\n' >"$out/words" <<<'"001-000_=_" "009-000_=_" "028-000_=_" "029-001_=_" "030-000_=_" "504-001_=_" "\xac" "|" "CAMINHO=" "DETALHADO" "%%" "\x1a" "\x0d\x0a"'
