@@ -13,11 +13,10 @@ CaixoraTexto Run(const caixora::TefCall& call) noexcept {
   return caixora::ChamaTef(call).release();
 }
 
-}  // namespace
-
-CaixoraTexto VendeCredito(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
-                          int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 0,
+// The two argument lists that most operations have.
+CaixoraTexto Sell(int32_t codigo, const char* sCNPJCliente, const char* sCNPJParceiro,
+                  double dValor, int32_t iCupom, int32_t iLeitor) noexcept {
+  return Run({.codigo = codigo,
               .sCNPJCliente = sCNPJCliente,
               .sCNPJParceiro = sCNPJParceiro,
               .dValor = dValor,
@@ -25,14 +24,24 @@ CaixoraTexto VendeCredito(const char* sCNPJCliente, const char* sCNPJParceiro, d
               .iLeitor = iLeitor});
 }
 
-CaixoraTexto VendeCreditoVista(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
-                               int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 1,
+CaixoraTexto RunForCoupon(int32_t codigo, const char* sCNPJCliente, const char* sCNPJParceiro,
+                          int32_t iCupom) noexcept {
+  return Run({.codigo = codigo,
               .sCNPJCliente = sCNPJCliente,
               .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+              .iCupom = iCupom});
+}
+
+}  // namespace
+
+CaixoraTexto VendeCredito(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
+                          int32_t iCupom, int32_t iLeitor) {
+  return Sell(0, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+}
+
+CaixoraTexto VendeCreditoVista(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
+                               int32_t iCupom, int32_t iLeitor) {
+  return Sell(1, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto VendeCreditoParcLoja(const char* sCNPJCliente, const char* sCNPJParceiro,
@@ -61,12 +70,7 @@ CaixoraTexto VendeCreditoParcAdm(const char* sCNPJCliente, const char* sCNPJParc
 
 CaixoraTexto VendeDebito(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 4,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(4, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto Cancelar(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
@@ -90,12 +94,7 @@ CaixoraTexto Reimpressao(const char* sCNPJCliente, const char* sCNPJParceiro, in
 
 CaixoraTexto Adm(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor, int32_t iCupom,
                  int32_t iLeitor) {
-  return Run({.codigo = 11,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(11, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto Relatorio(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom,
@@ -109,29 +108,16 @@ CaixoraTexto Relatorio(const char* sCNPJCliente, const char* sCNPJParceiro, int3
 
 CaixoraTexto MenuPrivate(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 14,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(14, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto SolicitarCPF(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
-  return Run({.codigo = 15,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .iCupom = iCupom});
+  return RunForCoupon(15, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 CaixoraTexto VendeDebitoAVista(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                                int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 20,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(20, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto RecargaCelular(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom,
@@ -162,22 +148,12 @@ CaixoraTexto LinkPagamento(const char* sCNPJCliente, const char* sCNPJParceiro, 
 
 CaixoraTexto VendeCarteiraDigitalPix(const char* sCNPJCliente, const char* sCNPJParceiro,
                                      double dValor, int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 23,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(23, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto ListarLinkPagamentoPago(const char* sCNPJCliente, const char* sCNPJParceiro,
                                      double dValor, int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 24,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(24, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto VendeFrotaCompleto(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
@@ -210,28 +186,17 @@ CaixoraTexto ReimpressaoDireto(const char* sCNPJCliente, const char* sCNPJParcei
 }
 
 CaixoraTexto SolicitarCNPJ(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
-  return Run({.codigo = 27,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .iCupom = iCupom});
+  return RunForCoupon(27, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 CaixoraTexto SolicitarDocumento(const char* sCNPJCliente, const char* sCNPJParceiro,
                                 int32_t iCupom) {
-  return Run({.codigo = 28,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .iCupom = iCupom});
+  return RunForCoupon(28, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 CaixoraTexto ParceleMais(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Run({.codigo = 29,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .dValor = dValor,
-              .iCupom = iCupom,
-              .iLeitor = iLeitor});
+  return Sell(29, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto ManutencaoLinkPagamento(const char* sCNPJCliente, const char* sCNPJParceiro,
@@ -254,18 +219,12 @@ CaixoraTexto Atv(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iC
 
 CaixoraTexto Confirmar(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
   PendingConfirmation = "CONFIRMAR";
-  return Run({.codigo = 98,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .iCupom = iCupom});
+  return RunForCoupon(98, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 CaixoraTexto Desfazimento(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
   PendingConfirmation = "CANCELAR";
-  return Run({.codigo = 99,
-              .sCNPJCliente = sCNPJCliente,
-              .sCNPJParceiro = sCNPJParceiro,
-              .iCupom = iCupom});
+  return RunForCoupon(99, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 const char* Teste(void) {

@@ -61,7 +61,7 @@ Refusal CheckLinkItems(const TefArguments& arguments) {
   std::string_view items = arguments.sItens;
   const auto declared = static_cast<std::size_t>(arguments.iQtdeItens);
   const std::size_t sent = CountPieces(items, kItemSeparator);
-  // A single item is told apart from several with a wrong separator.
+  // Too many fields in a single item mean several items with something else than "|" between them.
   if (sent == 1) {
     const std::size_t fields = CountPieces(items.substr(0, items.find(kItemSeparator)), kNotSign);
     if (fields > kFieldCount) return std::string(kWrongSeparator);
