@@ -1,0 +1,22 @@
+# C++: bindings/cpp/caixora.hpp and examples/cpp/pdv.cc, cross-built with MinGW-w64.
+
+build() {
+  need_packages g++-mingw-w64-x86-64-posix
+  local header=$root/bindings/cpp/caixora.hpp source=$root/examples/cpp/pdv.cc exe=$out/pdv.exe
+  if [ "$exe" -nt "$source" ] && [ "$exe" -nt "$header" ] &&
+    [ "$exe" -nt "$root/include/caixora.h" ]; then
+    return
+  fi
+  mkdir -p "$out"
+  x86_64-w64-mingw32-g++-posix -std=c++20 -O1 -Wall -Wextra -Wpedantic -Wconversion -Wshadow \
+    -Werror -static -I"$root/include" -I"$root/bindings/cpp" "$source" -o "$exe" -loleaut32
+}
+
+# Through files: the services and the GP that it starts would hold a pipe open for ever.
+run() {
+  local status=0
+  wine "$out/pdv.exe" "$@" >"$out/stdout" 2>"$out/stderr" </dev/null || status=$?
+  cat "$out/stdout"
+  cat "$out/stderr" >&2
+  return $status
+}
