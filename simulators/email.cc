@@ -1,7 +1,7 @@
 // Simulated sending program: keeps the record it was started with, as evidence.
 #include <string>
 
-#include "console.h"
+#include "programs/console.h"
 
 int main() {
   const std::string_view record = caixora::RawArguments();

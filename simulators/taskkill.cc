@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <string>
 
-#include "console.h"
+#include "programs/console.h"
 // After windows.h, which it needs.
 #include <tlhelp32.h>
 

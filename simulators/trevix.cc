@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "console.h"
+#include "programs/console.h"
 #include "support/ansi.h"
 
 namespace caixora {

@@ -4,7 +4,8 @@
 #include "interactive/launcher.h"
 #include "interactive/session.h"
 #include "support/ansi.h"
-#include "support/system_process.h"
+#include "support/boundary.h"
+#include "system/programs.h"
 
 using caixora::operator""_ansi;
 
@@ -45,6 +46,9 @@ int32_t FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ, uint32_t
 int32_t CancelarFluxoQJInterativo(void) { return Code(caixora::CancelFlow()); }
 
 int32_t ConfiguraIntTefInterativo(void) {
-  caixora::ShellOpenDefault(kDeveloperProgram, kDeveloperLine.data(), kDeveloperFolder);
+  const auto open = [] {
+    caixora::ShellOpenDefault(kDeveloperProgram, std::string(kDeveloperLine), kDeveloperFolder);
+  };
+  caixora::Guarded(open, [] {});
   return 0;
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-using caixora::PendingConfirmation;
+using caixora::Pending;
 
 CaixoraTexto Run(const caixora::TefCall& call) noexcept {
   return caixora::ChamaTef(call).release();
@@ -75,7 +75,7 @@ CaixoraTexto VendeDebito(const char* sCNPJCliente, const char* sCNPJParceiro, do
 
 CaixoraTexto Cancelar(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                       int32_t iCupom, const char* sControle, int32_t iLeitor) {
-  PendingConfirmation.clear();
+  caixora::state.PendingConfirmation = Pending::kNothing;
   return Run({.codigo = 5,
               .sCNPJCliente = sCNPJCliente,
               .sCNPJParceiro = sCNPJParceiro,
@@ -122,7 +122,7 @@ CaixoraTexto VendeDebitoAVista(const char* sCNPJCliente, const char* sCNPJParcei
 
 CaixoraTexto RecargaCelular(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom,
                             int32_t iLeitor) {
-  PendingConfirmation.clear();
+  caixora::state.PendingConfirmation = Pending::kNothing;
   return Run({.codigo = 21,
               .sCNPJCliente = sCNPJCliente,
               .sCNPJParceiro = sCNPJParceiro,
@@ -218,16 +218,16 @@ CaixoraTexto Atv(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iC
 }
 
 CaixoraTexto Confirmar(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
-  PendingConfirmation = "CONFIRMAR";
+  caixora::state.PendingConfirmation = Pending::kConfirmation;
   return RunForCoupon(98, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 CaixoraTexto Desfazimento(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
-  PendingConfirmation = "CANCELAR";
+  caixora::state.PendingConfirmation = Pending::kUndo;
   return RunForCoupon(99, sCNPJCliente, sCNPJParceiro, iCupom);
 }
 
 const char* Teste(void) {
-  PendingConfirmation.clear();
+  caixora::state.PendingConfirmation = Pending::kNothing;
   return "OK";
 }

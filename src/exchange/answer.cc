@@ -1,61 +1,77 @@
 #include "exchange/answer.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
 
 #include "support/ansi.h"
-#include "support/log.h"
 #include "support/text.h"
 #include "support/text_mode.h"
 
 namespace caixora {
 namespace {
 
-// Longest piece of a line that is looked at; what follows is a line of its own. Field values are
-// short, and hosts have come to rely on where long receipt lines break.
 constexpr std::size_t kPieceLength = 199;
 
-// What a matching line does besides feeding its slot.
-enum class Also : std::uint8_t { kNothing, kLogs, kLogsAndFolds, kReceipt };
+// What a matching line does besides feeding its field.
+enum class Also : std::uint8_t {
+  kNothing,
+  kLogs,          // is logged, behind the label of its row
+  kLogsAndFolds,  // and its value loses the accents of small letters
+  kReceipt,       // is one line more of the receipt, and feeds no field
+};
 
 struct Field {
   std::string_view key;
-  Slot slot;
+  int place = 0;  // of the record line's fifteen; 0: not in it
   Also also = Also::kNothing;
   std::string_view log_label = {};
 };
 
-// A line is tested against every key in this order, and a key counts wherever it stands in the
-// line: one line can feed several slots.
+// A line is tested against every key, in this order.
 constexpr Field kFields[] = {
-    {"001-000", Slot::kCoupon, Also::kLogs, "LINHA001: "},
-    {"003-000", Slot::kAmount},
-    {"009-000", Slot::kStatus},
-    {"010-000", Slot::kNetwork},
-    {"010-001", Slot::k010_001},
-    {"011-000", Slot::kType},
-    {"012-000", Slot::kNSU},
-    {"013-000", Slot::kAuthorisation},
-    {"018-000", Slot::kInstalments},
-    {"028-000", Slot::kReceiptLines},
-    {"029-", Slot::kCount, Also::kReceipt},  // no slot: appended to the receipt
-    {"030-000", Slot::kMessage, Also::kLogsAndFolds, "LINHA030: "},
-    {"031-000", Slot::k031_000},
-    {"040-000", Slot::kInstitution},
-    {"170-000", Slot::k170_000},
-    {"800-007", Slot::kControl},
-    {"640-000", Slot::k640_000},
-    {"504-001", Slot::k504_001},
-    {"740-000", Slot::k740_000},
-    {"741-000", Slot::k741_000},
-    {"742-000", Slot::k742_000},
+    {"001-000", 1, Also::kLogs, "LINHA001: "},          // coupon
+    {"003-000", 2},                                     // amount in cents
+    {"009-000"},                                        // status
+    {"010-000", 4},                                     // network
+    {"010-001", 11},                                    // network code
+    {"011-000", 7},                                     // type of transaction
+    {"012-000", 6},                                     // NSU
+    {"013-000", 5},                                     // authorisation
+    {"018-000", 8},                                     // instalments
+    {"028-000"},                                        // number of receipt lines
+    {"029-", 0, Also::kReceipt},                        //
+    {"030-000", 0, Also::kLogsAndFolds, "LINHA030: "},  // message
+    {"031-000", 15},                                    //
+    {"040-000", 3},                                     // card institution
+    {"170-000", 10},                                    //
+    {"800-007", 9},                                     // control text
+    {"640-000"},                                        // network code where 010-001 has none
+    {"504-001"},                                        // replacement of the network
+    {"740-000", 12},                                    //
+    {"741-000", 13},                                    //
+    {"742-000", 14},                                    //
 };
+static_assert(std::size(kFields) == kAnswerFields);
 
-// The fifteen values of the record line. 010-001 stands for the network code, see ComposeResult.
-constexpr Slot kRecord[] = {
-    Slot::kCoupon,  Slot::kAmount,  Slot::kInstitution, Slot::kNetwork, Slot::kAuthorisation,
-    Slot::kNSU,     Slot::kType,    Slot::kInstalments, Slot::kControl, Slot::k170_000,
-    Slot::k010_001, Slot::k740_000, Slot::k741_000,     Slot::k742_000, Slot::k031_000,
-};
+consteval std::size_t IndexOf(std::string_view key) {
+  for (std::size_t i = 0; i < std::size(kFields); ++i)
+    if (kFields[i].key == key) return i;
+  throw "no such field";
+}
+
+// The fields of the record line, by their places from 1 to 15; each place has one field.
+constexpr auto kRecord = [] {
+  std::array<std::size_t, 15> record{};
+  for (std::size_t place = 1; place <= record.size(); ++place) {
+    const auto at_place = [place](const Field& f) { return f.place == static_cast<int>(place); };
+    if (std::count_if(std::begin(kFields), std::end(kFields), at_place) != 1) throw "bad place";
+    record[place - 1] = static_cast<std::size_t>(
+        std::find_if(std::begin(kFields), std::end(kFields), at_place) - std::begin(kFields));
+  }
+  return record;
+}();
 
 constexpr std::string_view kAccented = u8"áéíóúãç"_ansi;
 constexpr std::string_view kFolded = "aeiouac";
@@ -68,11 +84,10 @@ void FoldAccents(std::string& text) {
 // The next piece, with its line feed, off the front of the text.
 std::string_view TakeLinePiece(std::string_view& text) {
   const std::string_view window = text.substr(0, kPieceLength);
-  const std::string_view piece = window.substr(0, window.find('\n') + 1);
-  const std::size_t size = piece.empty() ? window.size() : piece.size();
-  const std::string_view taken = text.substr(0, size);
-  text.remove_prefix(size);
-  return taken;
+  const std::size_t end = window.find('\n');
+  const std::string_view piece = window.substr(0, end == window.npos ? end : end + 1);
+  text.remove_prefix(piece.size());
+  return piece;
 }
 
 // What stands between the first "=" and the next one, without the blanks around it.
@@ -85,7 +100,8 @@ std::string_view ValueOf(std::string_view line) {
 }
 
 void ReadLine(std::string_view line, Answer& answer) {
-  for (const Field& field : kFields) {
+  for (std::size_t i = 0; i < std::size(kFields); ++i) {
+    const Field& field = kFields[i];
     if (line.find(field.key) == line.npos) continue;
     const std::string_view value = ValueOf(line);
     if (field.also == Also::kReceipt) {
@@ -94,9 +110,10 @@ void ReadLine(std::string_view line, Answer& answer) {
       answer.receipt.append("I;").append(value);
       continue;
     }
-    answer[field.slot] = value;
-    if (field.also != Also::kNothing) WriteLog({field.log_label, Trim(line)});
-    if (field.also == Also::kLogsAndFolds) FoldAccents(answer[field.slot]);
+    answer.values[i] = value;
+    if (field.also != Also::kNothing)
+      answer.lines_to_log.emplace_back(field.log_label).append(Trim(line));
+    if (field.also == Also::kLogsAndFolds) FoldAccents(answer.values[i]);
   }
 }
 
@@ -108,7 +125,7 @@ Answer ParseAnswer(std::string bytes) {
   std::string_view text = bytes;
   while (!text.empty()) {
     std::string line(TakeLinePiece(text));
-    line.resize(std::min(line.find('\0'), line.size()));  // a C string, as it always was
+    line.resize(std::min(line.find('\0'), line.size()));
     std::replace(line.begin(), line.end(), '\n', ' ');
     std::replace(line.begin(), line.end(), '\r', ' ');
     ReadLine(line, answer);
@@ -117,23 +134,29 @@ Answer ParseAnswer(std::string bytes) {
 }
 
 std::string ComposeResult(Answer answer) {
-  const auto number = [&answer](Slot slot) { return LeadingNumber(answer[slot]); };
+  std::string& institution = answer.values[IndexOf("040-000")];
+  std::string& network = answer.values[IndexOf("010-000")];
+  std::string& network_code = answer.values[IndexOf("010-001")];
+  std::string& instalments = answer.values[IndexOf("018-000")];
+  const std::string& replacement = answer.values[IndexOf("504-001")];
+  const std::string& message = answer.values[IndexOf("030-000")];
 
   // A missing status is a success: GPs leave it out of some answers.
-  if (number(Slot::kStatus) != 0) return "S;0;" + answer[Slot::kMessage];
+  if (LeadingNumber(answer.values[IndexOf("009-000")]) != 0) return "S;0;" + message;
 
-  if (number(Slot::kInstalments) == 0) answer[Slot::kInstalments] = "1";
-  if (number(Slot::k010_001) < 1) answer[Slot::k010_001] = answer[Slot::k640_000];
-  // A replacement network pushes the network into the institution's place; in this order.
-  if (!answer[Slot::k504_001].empty() && !answer[Slot::kInstitution].empty()) {
-    answer[Slot::kInstitution] = answer[Slot::kNetwork];
-    answer[Slot::kNetwork] = answer[Slot::k504_001];
+  if (LeadingNumber(instalments) == 0) instalments = "1";
+  if (LeadingNumber(network_code) < 1) network_code = answer.values[IndexOf("640-000")];
+  // A replacement pushes the network into the institution's place; in this order.
+  if (!replacement.empty() && !institution.empty()) {
+    institution = network;
+    network = replacement;
   }
 
   // The announced number of receipt lines decides, not the number of lines that came.
-  std::string result = number(Slot::kReceiptLines) >= 1 ? "S;1;" : "S;2;";
-  result.append(answer[Slot::kMessage]).append("\r\nC");
-  for (const Slot slot : kRecord) result.append(";").append(answer[slot]);
+  const bool receipt_announced = LeadingNumber(answer.values[IndexOf("028-000")]) >= 1;
+  std::string result = receipt_announced ? "S;1;" : "S;2;";
+  result.append(message).append("\r\nC");
+  for (const std::size_t field : kRecord) result.append(";").append(answer.values[field]);
   if (!answer.receipt.empty()) result.append("\r\n").append(answer.receipt);
   return result;
 }

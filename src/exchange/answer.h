@@ -1,49 +1,32 @@
 // The GP's answer record: which fields are kept, and the result text made of them.
+//
+//    answer = { line }                            line ends: LF or CR LF; 0x1A ends the record
+//    line   = NNN-NNN " = " value                 three digits, a hyphen, three digits
+//
+// Read leniently, as GPs in the field need it. A line is looked at in pieces of 199 bytes, and each
+// piece counts as a line of its own. It ends at a NUL. Its key may stand anywhere in it
+// ("x 003-000 = 5" feeds the amount), so that one line can feed several fields; its value is what
+// stands between the first "=" and the next one, without blanks ("030-000 = A=B" says "A"). A field
+// that comes again replaces the one before, but for receipt lines ("029-..."), which add up.
 #pragma once
 
 #include <array>
-#include <cstdint>
+#include <cstddef>
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace caixora {
 
-// What is kept of an answer. Named by what the fields hold, or by their number where their meaning
-// is the GP's own.
-enum class Slot : std::uint8_t {
-  kCoupon,
-  kAmount,
-  kStatus,
-  kNetwork,
-  k010_001,
-  kType,
-  kNSU,
-  kAuthorisation,
-  kInstalments,
-  kReceiptLines,
-  kMessage,
-  k031_000,
-  kInstitution,
-  k170_000,
-  kControl,
-  k640_000,
-  k504_001,
-  k740_000,
-  k741_000,
-  k742_000,
-  kCount,
-};
+inline constexpr std::size_t kAnswerFields = 21;
 
 struct Answer {
-  std::array<std::string, static_cast<std::size_t>(Slot::kCount)> slots;
-  std::string receipt;  // "I;" lines, separated by carriage return and line feed
-
-  std::string& operator[](Slot slot) { return slots[static_cast<std::size_t>(slot)]; }
-  const std::string& operator[](Slot slot) const { return slots[static_cast<std::size_t>(slot)]; }
+  std::array<std::string, kAnswerFields> values;  // in the order of the table in answer.cc
+  std::string receipt;                            // "I;" lines, joined by CR LF
+  std::vector<std::string> lines_to_log;          // messages that the reading leaves in the log
 };
 
 // Reads the bytes of an answer file. Never fails on their content: lines that hold no known key
-// feed nothing. Logs the coupon and message lines as it meets them.
+// feed nothing.
 Answer ParseAnswer(std::string bytes);
 
 // "S;0;", "S;1;" or "S;2;" with what belongs behind it.

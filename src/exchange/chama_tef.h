@@ -2,7 +2,6 @@
 #pragma once
 
 #include "exchange/tef_call.h"
-#include "support/result_string.h"
 
 namespace caixora {
 

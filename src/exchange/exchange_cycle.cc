@@ -2,14 +2,15 @@
 
 #include <string>
 
+#include "exchange/answer_file.h"
 #include "support/ansi.h"
-#include "support/files.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
-#include "support/process.h"
+#include "support/program_helpers.h"
 #include "support/state.h"
-#include "support/system_process.h"
 #include "support/text_mode.h"
-#include "support/wait.h"
+#include "system/programs.h"
+#include "system/time.h"
 
 namespace caixora {
 namespace {
@@ -34,18 +35,22 @@ constexpr const char* kKillCommands[] = {
 constexpr std::string_view kGpInactive = u8"S;0;GP NÃO ATIVO"_ansi;
 constexpr std::string_view kGpHung = "S;0;GP NAO ATIVO";
 
-void StartGp() { ExecuteCommand(ClientFolder + ClientExeName, "STARTAUTO"); }
+void StartGp() { ExecuteCommand(state.ClientFolder + state.ClientExeName, "STARTAUTO"); }
 
-void RemoveExchangeFile(std::string_view name) {
-  const std::string path = ExchangeFolder + std::string(name);
+bool GpIsGone(const Exchange& exchange) { return exchange.gp_is_watched && !IsProcessRunning(); }
+
+void RemoveLeftover(std::string_view name) {
+  const std::string path = state.ExchangeFolder + std::string(name);
   WriteLog({"Antes de Remover Arquivo - ", path});
   RemoveFile(path);
   WriteLog({"Depois de Remover Arquivo - ", path}, Detail::kDetailed);
 }
 
+std::string RequestPath() { return state.ExchangeFolder + "\\Req\\intpos.001"; }
+
 Refusal AwaitPickup() {
   WriteLog({"VERIFICANDO SE O CLIENT PROCESSOU O INTPOS DA PASTA REQ"});
-  const std::string path = ExchangeFolder + "\\Req\\intpos.001";
+  const std::string path = RequestPath();
   for (int poll = 0; poll < kPickupPolls; ++poll) {
     WriteLog({"Sleep 100"}, Detail::kDetailed);
     Pause(kPickupPoll);
@@ -62,97 +67,93 @@ Refusal AwaitPickup() {
 }
 
 void WriteLocalAnswer(std::int32_t coupon) {
-  WriteLog({"CONFIRMACAO/DESFAZIMENTO: ", PendingConfirmation});
-  const bool confirms = PendingConfirmation.find("CONFIRMAR") != std::string::npos;
+  WriteLog({"CONFIRMACAO/DESFAZIMENTO: ", NameOf(state.PendingConfirmation)});
+  const bool confirms = state.PendingConfirmation == Pending::kConfirmation;
   // Both headers have two blanks; nothing reads them but this library.
   const std::string record = std::string("000-000 =  ") + (confirms ? "CNF" : "NCN") +
                              "\n001-000 = " + std::to_string(coupon) +
                              "\n009-000 = 0\n028-000 = 0\n030-000 = COMANDO COM SUCESSO"
                              "\n999-999 = 0";
-  try {
-    if (auto file = File::Open(ExchangeFolder + "\\Resp\\intpos.001", File::Use::kReplace))
-      file->Write(EncodeTextMode(record));
-  } catch (const FileError&) {
-    // Not reported: the wait for the answer shows whether there is one.
-  }
+  // A failure is not reported: the wait for the answer shows whether there is one.
+  File file;
+  if (file.Open(state.ExchangeFolder + "\\Resp\\intpos.001", File::Use::kReplace) ==
+      SystemError::kNone)
+    static_cast<void>(file.Write(EncodeTextMode(record)));
+  file.Close();
   Pause(kSettle);
+}
+
+// A full disk. The GP must not find part of a request: no file, or else an empty one.
+void TakeBack(const std::string& path) {
+  if (DeleteFileAt(path) != SystemError::kNone)
+    static_cast<void>(File().Open(path, File::Use::kReplace));
+}
+
+bool WriteWhole(const std::string& path, std::string_view bytes) {
+  File file;
+  if (file.Open(path, File::Use::kReplace) != SystemError::kNone) return false;
+  if (file.Write(bytes) == SystemError::kNone) return true;
+  file.Close();
+  TakeBack(path);
+  return false;
 }
 
 }  // namespace
 
-Refusal CleanAndCheckGp(bool check_liveness) {
+Refusal CleanFolders(Exchange&) {
   WriteLog({"LIMPANDO PASTAS TEF"});
-  RemoveExchangeFile("\\Req\\Intpos.001");
-  RemoveExchangeFile("\\Resp\\Intpos.001");
+  RemoveLeftover("\\Req\\Intpos.001");
+  RemoveLeftover("\\Resp\\Intpos.001");
   WriteLog({"ENTROU - Sleep 1000"}, Detail::kDetailed);
   Pause(kSettle);
+  return std::nullopt;
+}
 
+Refusal CheckGp(Exchange& exchange) {
   WriteLog({"Verificando CLIENT EM EXECUCAO"});
-  if (!check_liveness || IsProcessRunning()) return std::nullopt;
-  WriteLog({"GP INATIVO, enviando comando ", ClientFolder, ClientExeName, " STARTAUTO"});
+  if (!GpIsGone(exchange)) return std::nullopt;
+  WriteLog({"GP INATIVO, enviando comando ", state.ClientFolder, state.ClientExeName,
+            " STARTAUTO"});
   StartGp();
   return std::string(kGpInactive);
 }
 
-void ExpectLivenessAnswer() {
-  const std::string path = ExchangeFolder + "\\Resp\\ativo.001";
-  WriteLog({"Antes de Remover Arquivo - ", path});
-  RemoveFile(path);
-  AnswerIsLiveness = true;
-}
-
-Refusal WriteRequest(std::string_view record) {
+Refusal WriteRequest(Exchange& exchange) {
   WriteLog({"Gerando Arquivo Intpos.001"});
-  const std::string path = ExchangeFolder + "\\Req\\intpos.001";
-  const std::string bytes = EncodeTextMode(record);
-  bool written = false;
-  if (auto file = File::Open(path, File::Use::kReplace)) {
-    try {
-      file->Write(bytes);
-      written = true;
-    } catch (const FileError&) {
-      // A full disk. The GP must not find part of a request: no file, or else an empty one.
-      file.reset();
-      if (DeleteFileAt(path) == Deletion::kFailed) File::Open(path, File::Use::kReplace);
-    }
-  }
-  if (!written)
+  exchange.request_written = WriteWhole(RequestPath(), EncodeTextMode(exchange.request));
+  if (!exchange.request_written)
     return std::string(
                u8"S;0;ERRO AO CRIAR ARQUIVO TEF, VERIFIQUE AS PERMISSÕES no DIRETORIO "_ansi) +
-           ExchangeFolder;
+           state.ExchangeFolder;
   WriteLog({"Gerou Arquivo Intpos.001"}, Detail::kDetailed);
   return std::nullopt;
 }
 
-Refusal HandOver(std::int32_t coupon) {
-  if (PendingConfirmation.empty()) return AwaitPickup();
-  WriteLocalAnswer(coupon);
+Refusal HandOver(Exchange& exchange) {
+  if (state.PendingConfirmation == Pending::kNothing) return AwaitPickup();
+  WriteLocalAnswer(exchange.arguments.iCupom);
   return std::nullopt;
 }
 
-Refusal AwaitAnswer(bool check_liveness, std::optional<File>& answer) {
+Refusal AwaitAnswer(Exchange& exchange) {
   WriteLog({"AGUARDANDO INTPOS NA PASTA RESP"});
   const std::string path = AnswerPath();
   bool gp_gone = false;
-  while (!answer && !gp_gone) {
+  while (!exchange.answer && !gp_gone) {
     WriteLog({"Sleep 200"}, Detail::kDetailed);
     Pause(kAnswerPoll);
     WriteLog({"Abrindo ", path}, Detail::kDetailed);
-    answer = File::Open(path, File::Use::kRead);
-    WriteLog({answer ? "LOCALIZOU ARQUIVO NA PASTA RESP" : "Arquivo NULL"});
+    const bool found = exchange.answer.Open(path, File::Use::kRead) == SystemError::kNone;
+    WriteLog({found ? "LOCALIZOU ARQUIVO NA PASTA RESP" : "Arquivo NULL"});
     // Asked after the file was looked for, and also when it was there: an answer that the GP wrote
     // before it went counts.
-    gp_gone = check_liveness && !IsProcessRunning();
+    gp_gone = GpIsGone(exchange);
     if (gp_gone) WriteLog({"CLIENT NAO ESTA EM EXECUCAO"});
   }
-  if (answer) return std::nullopt;
+  if (exchange.answer) return std::nullopt;
   WriteLog({"GP NAO ATIVO, APOS AGUARDAR ARQUIVO NA PASTA RESP"});
   StartGp();
   return std::string(kGpInactive);
-}
-
-std::string AnswerPath() {
-  return ExchangeFolder + (AnswerIsLiveness ? "\\Resp\\Ativo.001" : "\\Resp\\Intpos.001");
 }
 
 }  // namespace caixora

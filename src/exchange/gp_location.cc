@@ -3,15 +3,16 @@
 #include <string_view>
 
 #include "support/ansi.h"
-#include "support/files.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
 #include "support/state.h"
 
 namespace caixora {
 namespace {
 
-// Five passes: the letters' terminating NUL has always been one of them. A path that begins with it
-// is an empty C string and names no file, and its log line ends where the path would begin.
+// Five passes: the letters' terminating NUL is one of them, and support staff count five lines in
+// the log. A path that begins with it is an empty C string and names no file, and its log line ends
+// where the path would begin.
 constexpr char kDrives[] = "CDEF";
 
 constexpr char kDeveloperMark[] = "C:\\OrvaneAutomacao.txt";
@@ -38,14 +39,14 @@ std::string OnDrive(char drive, std::string_view path) {
 }
 
 void TakeGp(const std::string& folder, std::string_view exe) {
-  SetClientFolder(folder);
-  ClientExeName = exe;
+  state.SetClientFolder(folder);
+  state.ClientExeName = exe;
 }
 
-void FindGp(bool& check_liveness) {
+void FindGp(Exchange& exchange) {
   if (OpensForReading(kDeveloperMark)) {
     TakeGp(kDeveloperFolder, kDeveloperExe);
-    check_liveness = false;
+    exchange.gp_is_watched = false;
     return;
   }
   for (const char drive : kDrives) {
@@ -68,27 +69,27 @@ int FindExchangeFolder() {
     WriteLog({"Caminho da Pasta Tef_dial: ", program});
     if (!OpensForReading(program)) continue;
     ++count;
-    ExchangeFolder = OnDrive(drive, ":\\Tef_dial");
+    state.ExchangeFolder = OnDrive(drive, ":\\Tef_dial");
   }
   return count;
 }
 
 }  // namespace
 
-Refusal LocateGp(bool& check_liveness) {
+Refusal LocateGp(Exchange& exchange) {
   WriteLog({u8"ENTROU - Verificação do caminho do EXE"_ansi});
-  FindGp(check_liveness);
+  FindGp(exchange);
   WriteLog({u8"SAIU - Verificação do caminho do EXE"_ansi});
 
   WriteLog({"Validar Pasta TEF_DIAL"}, Detail::kDetailed);
   const int count = FindExchangeFolder();
-  WriteLog({"Caminho da Pasta Tef_dial: ", ExchangeFolder}, Detail::kDetailed);
+  WriteLog({"Caminho da Pasta Tef_dial: ", state.ExchangeFolder}, Detail::kDetailed);
   if (count != 1) {
     WriteLog({"NUMEROS DE TEF_DIAL NO PC: ", std::to_string(count)});
     return count > 1 ? "S;0;DEVE HAVER SOMENTE UMA PASTA TEF_DIAL NO COMPUTADOR, VERIFIQUE"
                      : "S;0;PASTA TEF_DIAL NAO LOCALIZADA, VERIFIQUE";
   }
-  if (ClientFolder.empty()) {
+  if (state.ClientFolder.empty()) {
     WriteLog({"NAO FOI POSSIVEL LOCALIZAR O GP INSTALADO"});
     return "S;0;GP NAO INSTALADO";
   }

@@ -2,13 +2,14 @@
 // drives and paths. There is no configuration for it.
 #pragma once
 
-#include "exchange/validation.h"
+#include "exchange/tef_call.h"
 
 namespace caixora {
 
 // Sets ClientFolder and ClientExeName (they keep what they hold when no GP is found) and
-// ExchangeFolder. `check_liveness` becomes false on a developer's machine, where the GP is run from
-// a debugger and must be neither looked for nor started.
-Refusal LocateGp(bool& check_liveness);
+// ExchangeFolder. On a developer's machine, which a file marks, the GP is not watched in this call:
+// it is neither looked for nor started for its absence. A GP there that does not take the request
+// is still killed and started like any other.
+Refusal LocateGp(Exchange& exchange);
 
 }  // namespace caixora

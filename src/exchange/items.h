@@ -4,13 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "exchange/validation.h"
+#include "exchange/tef_call.h"
 
 namespace caixora {
 
-// Appends the lines of the items to the record, or refuses the items. Items are separated by "|";
+// Both append the lines of the items to the record, or refuse the items. Items are separated by "|";
 // a call without items (count below 1 or no text) appends nothing.
-using ItemBlock = Refusal (*)(const TefArguments& arguments, std::string& record);
 
 // Items of exactly six fields separated by the not sign; the fields are checked.
 Refusal AppendLinkItems(const TefArguments& arguments, std::string& record);

@@ -1,21 +1,23 @@
 #include "exchange/request_record.h"
 
+#include <algorithm>
+
 #include "exchange/amount.h"
+#include "exchange/answer_file.h"
+#include "exchange/items.h"
+#include "exchange/operations.h"
 #include "support/log.h"
-#include "support/text.h"
+#include "support/logged_text.h"
 
 namespace caixora {
 namespace {
 
-constexpr std::string_view kTerminator = "999-999";
-
-std::string TextOf(Value value, const TefArguments& arguments) {
+// An argument as the log shows it.
+std::string LogText(Value value, const TefArguments& arguments) {
   switch (value) {
-    case Value::kNone:
-      return {};
-    case Value::kCliente:
+    case Value::kCNPJCliente:
       return arguments.sCNPJCliente;
-    case Value::kParceiro:
+    case Value::kCNPJParceiro:
       return arguments.sCNPJParceiro;
     case Value::kParcelas:
       return std::to_string(arguments.iParcelas);
@@ -45,6 +47,10 @@ std::string TextOf(Value value, const TefArguments& arguments) {
       return arguments.sItens;
     case Value::kData:
       return arguments.data;
+    case Value::kNone:
+    case Value::kLinkItems:
+    case Value::kFleetItems:
+      break;
   }
   return {};
 }
@@ -53,46 +59,54 @@ std::string TextOf(Value value, const TefArguments& arguments) {
 std::string RecordText(Value value, const TefArguments& arguments) {
   if (value == Value::kValor) return FormatarValor(arguments.dValor);
   if (value == Value::kData) return RetornaNumeros(arguments.data);
-  return TextOf(value, arguments);
+  return LogText(value, arguments);
 }
 
-bool IsLeftOut(const Line& line, const std::string& text, const TefArguments& arguments) {
-  switch (line.when) {
-    case When::kAlways:
-      return false;
-    case When::kWithAmount:
-      return !(arguments.dValor > 0);
-    case When::kNotEmpty:
-      return text.empty();
-  }
-  return false;
+void LogOperation(const Operation& operation, const TefArguments& arguments) {
+  std::string line;
+  for (const Part& part : operation.log_line.parts())
+    line.append(part.before).append(LogText(part.value, arguments));
+  if (!line.empty()) WriteLog({line});
 }
 
-}  // namespace
+void AppendLines(std::string& record, std::string_view text) {
+  const auto written = static_cast<std::ptrdiff_t>(record.size());
+  record.append(text);
+  std::replace(record.begin() + written, record.end(), '|', '\n');
+}
 
 Refusal BuildRecord(const Operation& operation, const TefArguments& arguments,
                     std::string& record) {
-  for (const Line& line : operation.record) {
-    if (line.items != nullptr) {
-      if (Refusal refusal = line.items(arguments, record)) return refusal;
-      continue;
-    }
-    const std::string text =
-        line.value == Value::kNone ? std::string(line.text) : RecordText(line.value, arguments);
-    if (IsLeftOut(line, text, arguments)) continue;
-    record.append(line.key).append(" = ").append(text);
-    if (line.key != kTerminator) record.push_back('\n');
+  for (const Part& part : operation.request.parts()) {
+    const std::string text = RecordText(part.value, arguments);
+    const bool empty = part.value == Value::kValor ? !(arguments.dValor > 0) : text.empty();
+    if (part.optional && empty) continue;
+    AppendLines(record, part.before);
+    record.append(text);
+    AppendLines(record, part.after);
+    Refusal refusal;
+    if (part.value == Value::kLinkItems) refusal = AppendLinkItems(arguments, record);
+    if (part.value == Value::kFleetItems) refusal = AppendFleetItems(arguments, record);
+    if (refusal) return refusal;
   }
   return std::nullopt;
 }
 
-void LogOperation(const Operation& operation, const TefArguments& arguments) {
-  if (operation.log_head.empty()) return;
-  std::string line(operation.log_head);
-  line.append(arguments.sCNPJCliente);
-  for (const LogLabel& label : operation.log_tail)
-    line.append(label.label).append(TextOf(label.value, arguments));
-  WriteLog({line});
+}  // namespace
+
+Refusal BuildRequest(Exchange& exchange) {
+  WriteLog({"ENVIANDO COMANDO"});
+  const TefArguments& arguments = exchange.arguments;
+  const Operation* operation = FindOperation(arguments.codigo);
+  if (operation == nullptr) return std::nullopt;
+  LogOperation(*operation, arguments);
+  if (operation->extra == Extra::kLiveness) ExpectLivenessAnswer();
+  if (Refusal refusal = BuildRecord(*operation, arguments, exchange.request)) return refusal;
+  if (operation->extra == Extra::kLogsRecord) {
+    WriteLog({"****IntPos****"});
+    WriteLog({exchange.request}, Detail::kDetailed);
+  }
+  return std::nullopt;
 }
 
 }  // namespace caixora

@@ -5,7 +5,8 @@
 namespace caixora {
 
 TefArguments::TefArguments(const TefCall& call)
-    : sCNPJCliente(CopyOf(call.sCNPJCliente)),
+    : codigo(call.codigo),
+      sCNPJCliente(CopyOf(call.sCNPJCliente)),
       sCNPJParceiro(CopyOf(call.sCNPJParceiro)),
       iParcelas(call.iParcelas),
       dValor(call.dValor),

@@ -1,8 +1,9 @@
 #include "interactive/config_file.h"
 
-#include "support/file.h"
-#include "support/files.h"
+#include "support/boundary.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
+#include "support/logged_text.h"
 #include "support/text.h"
 #include "support/text_mode.h"
 
@@ -17,7 +18,8 @@ void ReadLines(std::string_view text) {
       continue;
     }
     std::vector<std::string> pieces = Split(line, '=');
-    if (pieces.size() >= 2) ConfigList.push_back({std::move(pieces[0]), std::move(pieces[1])});
+    if (pieces.size() >= 2)
+      state.ConfigList.push_back({std::move(pieces[0]), std::move(pieces[1])});
   }
 }
 
@@ -27,29 +29,28 @@ bool LerArquivoConfigQJ(const std::string& path) {
   WriteLog({"ENTROU - LerArquivoConfigQJ"}, Detail::kDetailed);
   WriteLog({"Tamanho do Arquivo ConfigQJ.ini: ", std::to_string(FileSizeMB(path))},
            Detail::kDetailed);
-  auto file = File::Open(path, File::Use::kRead);
-  if (!file) {
+  File file;
+  if (file.Open(path, File::Use::kRead) != SystemError::kNone) {
     WriteLog({"Nao foi encontrado o arquivo: ConfigQJ.ini"});
     return false;
   }
-  ConfigList.clear();
+  state.ConfigList.clear();
   WriteLog({"Arquivo Aberto - ConfigQJ.ini"}, Detail::kDetailed);
 
   std::string text;
-  bool whole = true;
-  try {
-    ReadAll(*file, text);
-  } catch (...) {
-    whole = false;
-    text.resize(text.rfind('\n') + 1);  // the lines read so far count
-  }
+  const bool whole = Guarded([&] { return ReadAll(file, text) == SystemError::kNone; },
+                             [] { return false; });
+  if (!whole) text.resize(text.rfind('\n') + 1);  // the lines read so far count
   DecodeTextMode(text);
-  try {
+  const auto stored = [&] {
     ReadLines(text);
-  } catch (...) {
+    return true;
+  };
+  const auto not_stored = [] {
     WriteLog({"Erro ao inserir itens do ConfigQJ.ini."});
     return false;
-  }
+  };
+  if (!Guarded(stored, not_stored)) return false;
   if (!whole) WriteLog({"Erro ao ler itens do ConfigQJ.ini."});
   return whole;
 }
@@ -57,8 +58,8 @@ bool LerArquivoConfigQJ(const std::string& path) {
 ConfigPair FindConfigQJ(std::string_view key) {
   WriteLog({"ENTROU - FindConfigQJ"}, Detail::kDetailed);
   ConfigPair found;
-  if (ConfigList.empty()) return found;
-  for (const ConfigPair& pair : ConfigList)
+  if (state.ConfigList.empty()) return found;
+  for (const ConfigPair& pair : state.ConfigList)
     if (pair.key == key) found = pair;
   WriteLog({"Retornando elemento: ", found.key, ", ", found.value}, Detail::kDetailed);
   return found;

@@ -2,38 +2,23 @@
 
 #include "interactive/launcher.h"
 #include "support/ansi.h"
-#include "support/file.h"
-#include "support/files.h"
+#include "support/boundary.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
-#include "support/prepare_to_throw.h"
-#include "support/process.h"
+#include "support/program_helpers.h"
 #include "support/state.h"
-#include "support/wait.h"
+#include "system/time.h"
+#include "system/wide_text.h"
 
 namespace caixora {
 namespace {
 
 // Milliseconds.
-constexpr std::uint32_t kBeforeRun = 500;
 constexpr std::uint32_t kCompanionPoll = 50;
 constexpr std::uint32_t kAfterSending = 800;
 
 // An argument 6 that holds this sends nothing.
 constexpr char kDoNotSend = '*';
-
-// The files of the last exchange stay: the companion takes its answer from them.
-void KeepExchangeFiles() {
-  WriteLog({u8"Não Removeu Arquivos da pasta Req e Resp para obter resposta do Trevix.exe"_ansi});
-  Pause(kBeforeRun);
-}
-
-constexpr RunVariant kFinish{
-    .entry = "ENTROU -  FinalizaFuncaoQJInterativo()",
-    .companion_missing = "Trevix nao Encontrado! - ",
-    .ready_exchange_files = KeepExchangeFiles,
-    .starting = "Iniciando Trevix - FinalizaQJInterativo",
-    .not_running = u8"Trevix.exe nao está em execucao"_ansi,
-};
 
 void AwaitCompanionEnd() {
   for (bool running = true; running;) {
@@ -44,8 +29,8 @@ void AwaitCompanionEnd() {
 }
 
 FlowCode Send(const std::string& parameter_line, const std::string& record) {
-  WriteLog({"Caminho Email.exe - ", ClientFolder}, Detail::kDetailed);
-  const std::string path = ClientFolder + "\\Email.exe";
+  WriteLog({"Caminho Email.exe - ", state.ClientFolder}, Detail::kDetailed);
+  const std::string path = state.ClientFolder + "\\Email.exe";
   if (!FileExists(ToWide(path))) {
     WriteLog({"Exe nao Encontrado! - ", path});
     return FlowCode::kSenderMissing;
@@ -65,23 +50,20 @@ FlowCode Send(const std::string& parameter_line, const std::string& record) {
 }  // namespace
 
 FlowCode FinishFlow(const FlowCall& call) noexcept {
-  PrepareToThrow();
-  try {
-    FlowArguments arguments(call);
-    if (const FlowCode code = RunCompanion(kFinish, arguments); code != FlowCode::kDone)
-      return code;
-    // Made before the wait: the companion's run may take memory that sending would miss.
-    const std::string line = ParameterLine(arguments);
-    const std::string record = SendingRecord(arguments);
-    AwaitCompanionEnd();
-    if (arguments.sCampo6.find(kDoNotSend) != std::string::npos) {
-      WriteLog({u8"Email.exe não será executado"_ansi}, Detail::kDetailed);
-      return FlowCode::kDone;
-    }
-    return Send(line, record);
-  } catch (...) {
-    return RefuseStartFailed();
-  }
+  return Guarded(
+      [&] {
+        FlowArguments arguments(call);
+        const FlowCode code = RunCompanion(Run::kFinish, arguments);
+        if (code != FlowCode::kDone) return code;
+        // Made before the wait: the companion's run may take memory that sending would miss.
+        const std::string line = ParameterLine(arguments);
+        const std::string record = SendingRecord(arguments);
+        AwaitCompanionEnd();
+        if (arguments.sCampo6.find(kDoNotSend) == std::string::npos) return Send(line, record);
+        WriteLog({u8"Email.exe não será executado"_ansi}, Detail::kDetailed);
+        return FlowCode::kDone;
+      },
+      RefuseStartFailed);
 }
 
 }  // namespace caixora

@@ -2,44 +2,69 @@
 
 #include "interactive/config_file.h"
 #include "support/ansi.h"
+#include "support/boundary.h"
 #include "support/cnpj.h"
-#include "support/file.h"
-#include "support/files.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
-#include "support/prepare_to_throw.h"
-#include "support/process.h"
-#include "support/system_process.h"
-#include "support/text.h"
-#include "support/version.h"
-#include "support/wait.h"
+#include "support/logged_text.h"
+#include "support/program_helpers.h"
+#include "support/state.h"
+#include "system/programs.h"
+#include "system/time.h"
+#include "system/wide_text.h"
 
 namespace caixora {
 namespace {
 
 // Milliseconds.
 constexpr std::uint32_t kAfterClearing = 1000;
+constexpr std::uint32_t kBeforeFinish = 500;
 constexpr std::uint32_t kAfterFirstRequest = 50;
 constexpr std::uint32_t kAfterLastRequest = 150;
 
 constexpr char kPathKey[] = "CAMINHO";
 
-std::string CompanionPath() { return ClientFolder + "\\" + kCompanionExe; }
+std::string CompanionPath() { return state.ClientFolder + "\\" + kCompanionExe; }
 
 // Clears the way for a new flow: no question and no answer of an earlier one.
 void ClearExchange() {
   SetExchangeFolders();
-  // The line names the wrong folder and always has; the file removed is the question's.
-  WriteLog({"Antes de Remover Arquivo - ", RespFolder, kQuestionFile}, Detail::kDetailed);
-  RemoveExchangeFiles();
+  // The line names the answer's folder; the file removed is the question's, in its own.
+  WriteLog({"Antes de Remover Arquivo - ", state.RespFolder, kQuestionFile}, Detail::kDetailed);
+  RemoveQuestionAndAnswer();
   Pause(kAfterClearing);
 }
 
-constexpr RunVariant kStart{
-    .entry = "ENTROU -  IniciaFuncaoQJInterativo()",
-    .companion_missing = u8"Trevix não Encontrado! - "_ansi,
-    .ready_exchange_files = ClearExchange,
-    .starting = "Iniciando Trevix - IniciaQJInterativo",
-    .not_running = u8"Trevix.exe não está em execução"_ansi,
+// The files of the last exchange stay: the companion takes its answer from them.
+void KeepExchange() {
+  WriteLog({u8"Não Removeu Arquivos da pasta Req e Resp para obter resposta do Trevix.exe"_ansi});
+  Pause(kBeforeFinish);
+}
+
+struct RunVariant {
+  std::string_view entry;
+  std::string_view companion_missing;
+  void (*ready_exchange)();
+  std::string_view starting;
+  std::string_view not_running;
+};
+
+// In the order of Run. Spellings differ between the two, accents included.
+constexpr RunVariant kVariants[] = {
+    {
+        "ENTROU -  IniciaFuncaoQJInterativo()",
+        u8"Trevix não Encontrado! - "_ansi,
+        ClearExchange,
+        "Iniciando Trevix - IniciaQJInterativo",
+        u8"Trevix.exe não está em execução"_ansi,
+    },
+    {
+        "ENTROU -  FinalizaFuncaoQJInterativo()",
+        "Trevix nao Encontrado! - ",
+        KeepExchange,
+        "Iniciando Trevix - FinalizaQJInterativo",
+        u8"Trevix.exe nao está em execucao"_ansi,
+    },
 };
 
 // The CNPJ is judged first although the amount is looked at first; hosts see the CNPJ's code.
@@ -75,12 +100,12 @@ FlowCode FindCompanionFolder() {
     WriteLog({u8"Erro - Não foi encontrado o caminho para o Trevix.exe"_ansi});
     return FlowCode::kNoPathEntry;
   }
-  SetClientFolder(path.value);
+  state.SetClientFolder(path.value);
   return FlowCode::kDone;
 }
 
 FlowCode CheckCompanion(std::string_view missing) {
-  if (ClientFolder.empty()) {
+  if (state.ClientFolder.empty()) {
     WriteLog({"ConfigQJ.ini vazio."});
     return FlowCode::kEmptyPath;
   }
@@ -92,7 +117,7 @@ FlowCode CheckCompanion(std::string_view missing) {
   }
   WriteLog({"Teste se existe o arquivo do Trevix"}, Detail::kDetailed);
   // The companion's updater puts this mark there while it replaces the program.
-  if (FileExists(ToWide(ClientFolder + "\\IniciandoAtualizacao.txt"))) {
+  if (FileExists(ToWide(state.ClientFolder + "\\IniciandoAtualizacao.txt"))) {
     WriteLog({"Trevix.exe em Atualizacao"});
     return FlowCode::kBeingUpdated;
   }
@@ -100,17 +125,20 @@ FlowCode CheckCompanion(std::string_view missing) {
 }
 
 FlowCode Launch(const RunVariant& variant, const std::string& line) {
-  try {
+  const auto launch = [&] {
     const std::string path = CompanionPath();
     WriteLog({variant.starting});
     WriteLog({"EXE - ", path}, Detail::kDetailed);
     WriteLog({"PARAMETROS - ", line}, Detail::kDetailed);
     ExecuteCommand(path, line);
-  } catch (...) {
+    return FlowCode::kDone;
+  };
+  const auto not_launched = [&] {
     const FlowCode code = RefuseStartFailed();
     WriteLog({"Parametros: ", line}, Detail::kDetailed);
     return code;
-  }
+  };
+  if (const FlowCode code = Guarded(launch, not_launched); code != FlowCode::kDone) return code;
   if (IsProcessRunning()) return FlowCode::kDone;
   WriteLog({variant.not_running});
   return FlowCode::kCompanionNotRunning;
@@ -118,19 +146,10 @@ FlowCode Launch(const RunVariant& variant, const std::string& line) {
 
 }  // namespace
 
-FlowCode StartClient(const FlowCall& call) noexcept {
-  PrepareToThrow();
-  try {
-    FlowArguments arguments(call);
-    return RunCompanion(kStart, arguments);
-  } catch (...) {
-    return RefuseStartFailed();
-  }
-}
-
-FlowCode RunCompanion(const RunVariant& variant, FlowArguments& arguments) {
+FlowCode RunCompanion(Run run, FlowArguments& arguments) {
+  const RunVariant& variant = kVariants[static_cast<std::size_t>(run)];
   RecordLibraryVersion();
-  ClientExeName = kCompanionExe;
+  state.ClientExeName = kCompanionExe;
   WriteLog({variant.entry});
   if (!IsElevated()) return RefuseNotElevated();
   if (const FlowCode code = CheckArguments(arguments); code != FlowCode::kDone) return code;
@@ -142,18 +161,27 @@ FlowCode RunCompanion(const RunVariant& variant, FlowArguments& arguments) {
   if (const FlowCode code = CheckCompanion(variant.companion_missing); code != FlowCode::kDone)
     return code;
 
-  variant.ready_exchange_files();
+  variant.ready_exchange();
   return Launch(variant, ParameterLine(arguments));
 }
 
-void SetExchangeFolders() {
-  ReqFolder = ClientFolder + "\\Req";
-  RespFolder = ClientFolder + "\\Resp";
+FlowCode StartClient(const FlowCall& call) noexcept {
+  return Guarded(
+      [&] {
+        FlowArguments arguments(call);
+        return RunCompanion(Run::kStart, arguments);
+      },
+      RefuseStartFailed);
 }
 
-void RemoveExchangeFiles() {
-  RemoveFile(ReqFolder + kQuestionFile);
-  RemoveFile(RespFolder + kAnswerFile);
+void SetExchangeFolders() {
+  state.ReqFolder = state.ClientFolder + "\\Req";
+  state.RespFolder = state.ClientFolder + "\\Resp";
+}
+
+void RemoveQuestionAndAnswer() {
+  RemoveFile(state.ReqFolder + kQuestionFile);
+  RemoveFile(state.RespFolder + kAnswerFile);
 }
 
 void StopClient() {
@@ -167,7 +195,7 @@ void StopClient() {
 }
 
 void RestartClient() {
-  SetClientFolder(FindConfigQJ(kPathKey).value);
+  state.SetClientFolder(FindConfigQJ(kPathKey).value);
   const std::string path = CompanionPath();
   const std::string line = CancelLine();
   WriteLog({"EXE - ", path}, Detail::kDetailed);

@@ -8,21 +8,15 @@ namespace caixora {
 
 inline constexpr char kCompanionExe[] = "Trevix.exe";
 
-// What the finish does in its own way.
-struct RunVariant {
-  std::string_view entry;
-  std::string_view companion_missing;
-  void (*ready_exchange_files)();
-  std::string_view starting;
-  std::string_view not_running;
-};
+// What a run is for. The two differ in what becomes of the exchange files and in log lines.
+enum class Run : std::uint8_t { kStart, kFinish };
+
+// Checks, stops a companion that runs, readies the files and starts the companion with the
+// arguments' line. kDone when it runs.
+FlowCode RunCompanion(Run run, FlowArguments& arguments);
 
 // Starts a flow.
 FlowCode StartClient(const FlowCall& call) noexcept;
-
-// Checks, stops a running companion, readies the files and starts the companion with the
-// arguments' line. kDone when it runs.
-FlowCode RunCompanion(const RunVariant& variant, FlowArguments& arguments);
 
 // Asks the system three times to end every companion. Whether one is left is the caller's question.
 void StopClient();
@@ -35,14 +29,14 @@ void RestartClient();
 inline constexpr char kQuestionFile[] = "\\Req001.txt";
 inline constexpr char kAnswerFile[] = "\\Resp001.txt";
 void SetExchangeFolders();
-void RemoveExchangeFiles();
+void RemoveQuestionAndAnswer();
 
 // Codes that several operations return, each with its one log line.
 FlowCode RefuseNotElevated() noexcept;
 FlowCode RefuseStartFailed() noexcept;
 FlowCode RefuseStillRunning() noexcept;
 
-// The last word on a companion that was to be stopped: kDone, or RefuseStillRunning.
+// After StopClient: kDone, or RefuseStillRunning when a companion still runs.
 FlowCode CheckStopped();
 
 }  // namespace caixora

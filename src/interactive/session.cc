@@ -1,19 +1,21 @@
 #include "interactive/session.h"
 
+#include <algorithm>
 #include <new>
 
 #include "interactive/config_file.h"
 #include "interactive/launcher.h"
 #include "support/ansi.h"
-#include "support/file.h"
+#include "support/boundary.h"
+#include "support/file_helpers.h"
 #include "support/log.h"
-#include "support/prepare_to_throw.h"
-#include "support/process.h"
-#include "support/system_process.h"
+#include "support/program_helpers.h"
+#include "support/state.h"
 #include "support/text.h"
 #include "support/text_mode.h"
-#include "support/version.h"
-#include "support/wait.h"
+#include "system/programs.h"
+#include "system/time.h"
+#include "system/wide_text.h"
 
 namespace caixora {
 namespace {
@@ -33,19 +35,22 @@ ResultString Text(Pieces text) {
   return result;
 }
 
+// What follows returns null when the file could not be read; the caller has the text for that.
+
 // The companion runs: its question, if there is one. The file goes once the text for the host is
 // made, so that no failure loses a question.
 ResultString TakeQuestion(const std::string& path) {
   Pause(kFilePause);
-  auto file = File::Open(path, File::Use::kRead);
-  if (!file) return Text({});
+  File file;
+  if (file.Open(path, File::Use::kRead) != SystemError::kNone) return Text({});
   WriteLog({"Lendo o arquivo: ", path});
-  const std::string line = ReadFirstLine(*file);
+  std::string line;
+  if (ReadFirstLine(file, line) != SystemError::kNone) return nullptr;
   ResultString result = Text({line});
   WriteLog({line});
   WriteLog({"Excluindo o arquivo : ", path});
-  file.reset();
-  DeleteFileAt(path);
+  file.Close();
+  static_cast<void>(DeleteFileAt(path));
   Pause(kFilePause);
   return result;
 }
@@ -54,39 +59,50 @@ ResultString TakeQuestion(const std::string& path) {
 ResultString TakeReturn(const std::string& path) {
   WriteLog({u8"Trevix.exe não está em execução"_ansi});
   std::string line;
-  if (auto file = File::Open(path, File::Use::kRead)) {
+  File file;
+  if (file.Open(path, File::Use::kRead) == SystemError::kNone) {
     WriteLog({"Lendo o arquivo: ", path});
-    line = ReadFirstLine(*file);
+    if (ReadFirstLine(file, line) != SystemError::kNone) return nullptr;
     WriteLog({line});
+    file.Close();
   }
   if (line.find("[RETORNO]") == line.npos)
     return Text({u8"[ERROABORTAR]#Trevix não está em execução"_ansi});
   ResultString result = Text({line});
   WriteLog({"Excluindo o arquivo : ", path});
-  DeleteFileAt(path);
+  static_cast<void>(DeleteFileAt(path));
   WriteLog({u8"Encontrou Retorno da Execução do Trevix.exe"_ansi});
   Pause(kFilePause);
   return result;
 }
 
+FlowCode RefuseAnswerFailed() noexcept {
+  WriteLog({"Erro ao excluir, criar ou renomear os arquivos Resp"});
+  return FlowCode::kAnswerFailed;
+}
+
 FlowCode WriteAnswer(const std::string& answer) {
-  const std::string path = RespFolder + kAnswerFile;
-  const std::string staging = RespFolder + kStagingFile;
+  const std::string path = state.RespFolder + kAnswerFile;
+  const std::string staging = state.RespFolder + kStagingFile;
   WriteLog({"Criando arquivo temporario: ", staging});
-  auto file = File::Open(staging, File::Use::kAppend);
-  if (!file) {
+  File file;
+  if (file.Open(staging, File::Use::kAppend) != SystemError::kNone) {
     WriteLog({u8"Não foi possível criar o arquivo: "_ansi, staging});
     return FlowCode::kNoStagingFile;
   }
-  file->Write(answer);
+  if (file.Write(answer) != SystemError::kNone) return RefuseAnswerFailed();
   WriteLog({"Informacao gravada: ", answer});
-  file.reset();
+  file.Close();
 
   WriteLog({"Excluindo o arquivo: ", path}, Detail::kDetailed);
-  if (DeleteFileAt(path) == Deletion::kFailed) throw FileError("DeleteFile");
+  const SystemError error = DeleteFileAt(path);
+  const bool gone = error == SystemError::kNone || error == SystemError::kFileNotFound ||
+                    error == SystemError::kPathNotFound;
+  if (!gone) return RefuseAnswerFailed();
   Pause(kFilePause);
   WriteLog({"renomenando o arquivo temporario: ", staging}, Detail::kDetailed);
-  RenameFile(staging, path);
+  // Not checked: an answer that stays under its first name goes in front of the next one.
+  static_cast<void>(RenameFile(staging, path));
   return FlowCode::kDone;
 }
 
@@ -94,67 +110,70 @@ FlowCode WriteAnswer(const std::string& answer) {
 // its exchange files. With the usual file the line begins with its key, so that nothing is found
 // there and later waits look in vain until the next start; hosts that cancel rely on that silence.
 void MoveToRawFolder() {
-  auto file = File::Open(kConfigFile, File::Use::kRead);
-  if (!file) return;
-  ClientFolder = ReadFirstLine(*file);
-  file.reset();
+  File file;
+  if (file.Open(kConfigFile, File::Use::kRead) != SystemError::kNone) return;
+  std::string line;
+  if (ReadFirstLine(file, line) != SystemError::kNone) return;
+  file.Close();
+  line.resize(std::min(line.find('\x1A'), line.size()));  // ends a text file
+  state.ClientFolder = line;
   SetExchangeFolders();
   // No log can be opened under a key, and without its log the library ends the host; so the log
-  // moves along only to a folder that is there. A NUL would end the path before the log's name.
-  const bool is_path = ClientFolder.find('\0') == std::string::npos;
-  if (is_path && QueryPath(ToWide(ClientFolder)) == PathState::kFolder)
-    LogBaseFolder = ClientFolder;
-  RemoveExchangeFiles();
+  // moves along only to a folder that is there, or to the current one that an empty text stands for.
+  // A NUL would end the path before the log's name.
+  const bool is_path = line.find('\0') == line.npos;
+  bool is_folder = line.empty();
+  if (is_path && !is_folder) static_cast<void>(QueryPath(ToWide(line), is_folder));
+  if (is_path && is_folder) state.LogBaseFolder = line;
+  RemoveQuestionAndAnswer();
 }
 
 }  // namespace
 
 ResultString AwaitQuestion() noexcept {
-  PrepareToThrow();
-  ResultString failed = MakeResult({"[ERROABORTAR]#", kWaitFailed, ReqFolder, kQuestionFile});
+  ResultString failed = MakeResult({"[ERROABORTAR]#", kWaitFailed, state.ReqFolder, kQuestionFile});
   if (failed == nullptr) failed = MakeResultForSure({"[ERROABORTAR]#", kWaitFailed});
   RecordLibraryVersion();
   WriteLog({"ENTROU -  AguardaFuncaoQJInterativo()"});
-  try {
-    const std::string path = ReqFolder + kQuestionFile;
-    ClientExeName = kCompanionExe;
-    return IsProcessRunning() ? TakeQuestion(path) : TakeReturn(path);
-  } catch (...) {
-    WriteLog({kWaitFailed, ReqFolder, kQuestionFile});
-    return failed;
-  }
+  ResultString result = Guarded(
+      [] {
+        const std::string path = state.ReqFolder + kQuestionFile;
+        state.ClientExeName = kCompanionExe;
+        return IsProcessRunning() ? TakeQuestion(path) : TakeReturn(path);
+      },
+      [] { return ResultString(); });
+  if (result != nullptr) return result;
+  WriteLog({kWaitFailed, state.ReqFolder, kQuestionFile});
+  return failed;
 }
 
 FlowCode AnswerQuestion(const char* sInformacao) noexcept {
-  PrepareToThrow();
-  try {
-    const std::string answer = CopyOf(sInformacao);
-    RecordLibraryVersion();
-    WriteLog({"ENTROU -  ContinuaFuncaoQJInterativo()"});
-    WriteLog({"sInformacao: ", answer});
-    return WriteAnswer(answer);
-  } catch (...) {
-    WriteLog({"Erro ao excluir, criar ou renomear os arquivos Resp"});
-    return FlowCode::kAnswerFailed;
-  }
+  return Guarded(
+      [&] {
+        const std::string answer = CopyOf(sInformacao);
+        RecordLibraryVersion();
+        WriteLog({"ENTROU -  ContinuaFuncaoQJInterativo()"});
+        WriteLog({"sInformacao: ", answer});
+        return WriteAnswer(answer);
+      },
+      RefuseAnswerFailed);
 }
 
 FlowCode CancelFlow() noexcept {
-  PrepareToThrow();
-  try {
-    RecordLibraryVersion();
-    WriteLog({"Entrou - CancelaFluxoQJInterativo()"});
-    ClientExeName = kCompanionExe;
-    if (!IsElevated()) return RefuseNotElevated();
-    StopClient();
-    if (const FlowCode code = CheckStopped(); code != FlowCode::kDone) return code;
-    RestartClient();
-    Pause(kAfterCancelLine);
-    MoveToRawFolder();
-    return FlowCode::kDone;
-  } catch (...) {
-    return RefuseStillRunning();
-  }
+  return Guarded(
+      [] {
+        RecordLibraryVersion();
+        WriteLog({"Entrou - CancelaFluxoQJInterativo()"});
+        state.ClientExeName = kCompanionExe;
+        if (!IsElevated()) return RefuseNotElevated();
+        StopClient();
+        if (const FlowCode code = CheckStopped(); code != FlowCode::kDone) return code;
+        RestartClient();
+        Pause(kAfterCancelLine);
+        MoveToRawFolder();
+        return FlowCode::kDone;
+      },
+      RefuseStillRunning);
 }
 
 }  // namespace caixora

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "interactive/flow_call.h"
-#include "support/result_string.h"
+#include "system/result_string.h"
 
 namespace caixora {
 

@@ -16,6 +16,9 @@ namespace caixora {
 // The "¬" that separates the fields of an item and of the companion's parameter line.
 inline constexpr char kNotSign = '\xAC';
 
+// A compiler that took this file for anything but UTF-8 would turn accents into other bytes.
+static_assert(sizeof(u8"\u00E3") == sizeof(u8"ã") && u8"ã"[0] == 0xC3 && u8"ã"[1] == 0xA3);
+
 namespace ansi_detail {
 
 template <std::size_t N>

@@ -2,6 +2,9 @@
 
 #include <array>
 #include <span>
+#include <string>
+
+#include "support/text.h"
 
 namespace caixora {
 namespace {
@@ -18,14 +21,6 @@ int CheckDigit(std::span<const int> digits, std::span<const int> weights) {
 }
 
 }  // namespace
-
-std::string WithoutPunctuation(std::string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  for (const char c : text)
-    if (c != '.' && c != '-' && c != '/') result.push_back(c);
-  return result;
-}
 
 bool ValidarCNPJ(std::string_view text) {
   std::array<int, kCnpjLength> digits{};

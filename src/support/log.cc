@@ -1,15 +1,17 @@
 #include "support/log.h"
 
 #include <array>
-#include <optional>
 #include <string>
 
-#include "support/clock.h"
-#include "support/file.h"
-#include "support/files.h"
-#include "support/hard_stop.h"
+#include "support/ansi.h"
+#include "support/boundary.h"
+#include "support/file_helpers.h"
 #include "support/state.h"
 #include "support/text_mode.h"
+#include "system/programs.h"
+#include "system/time.h"
+#include "system/version.h"
+#include "system/wide_text.h"
 
 namespace caixora {
 namespace {
@@ -17,64 +19,69 @@ namespace {
 constexpr char kSwitchFile[] = "LD.txt";
 
 // Creates the switch file when the system says that it is missing; any other trouble is left to
-// the reading of it. False when the check itself failed.
-bool EnsureDetailSwitchFile() noexcept {
-  try {
-    if (QueryPath(ToWide(kSwitchFile)) == PathState::kNotFound)
-      File::Open(kSwitchFile, File::Use::kReplace);
-    return true;
-  } catch (...) {
-    return false;
-  }
+// the reading of it.
+void EnsureDetailSwitchFile() {
+  if (!FileExists(ToWide(kSwitchFile)))
+    static_cast<void>(File().Open(kSwitchFile, File::Use::kReplace));
 }
 
-// A switch file that cannot be opened asks for ordinary lines; one that opens but cannot be read
-// throws, and nothing is written.
+// A switch file that cannot be opened asks for ordinary lines; one that opens but cannot be read,
+// for none.
 LogMode ReadDetailSwitch() {
-  auto file = File::Open(kSwitchFile, File::Use::kRead);
-  if (!file) return LogMode::kOrdinary;
+  File file;
+  if (file.Open(kSwitchFile, File::Use::kRead) != SystemError::kNone) return LogMode::kOrdinary;
   std::array<char, kSwitchBytes> start;
-  return ModeOf({start.data(), file->Read(start.data(), start.size())});
+  std::size_t size = 0;
+  if (file.Read(start.data(), start.size(), size) != SystemError::kNone) return LogMode::kOff;
+  return ModeOf({start.data(), size});
 }
 
 [[noreturn]] void StopWithoutLog() noexcept {
-  try {
-    const bool removed = !UnreturnedAnswer.bytes.empty() && !OpensForReading(UnreturnedAnswer.path);
-    if (removed)
-      if (auto file = File::Open(UnreturnedAnswer.path, File::Use::kReplace))
-        file->Write(UnreturnedAnswer.bytes);
-  } catch (...) {
-    // The disk took neither the line nor the answer.
-  }
-  StopHost();
+  Guarded(
+      [] {
+        const auto& [path, bytes] = state.UnreturnedAnswer;
+        if (bytes.empty() || OpensForReading(path)) return;
+        // When the disk takes neither the line nor the answer there is nobody left to tell.
+        File file;
+        if (file.Open(path, File::Use::kReplace) == SystemError::kNone)
+          static_cast<void>(file.Write(bytes));
+      },
+      [] {});
+  StopHost(u8"não foi possível criar o log!"_ansi);
 }
 
 void AppendLogLine(Pieces message, Detail detail) {
-  const LogTime now = Now();
-  const std::string folder = LogBaseFolder + "Log\\";
+  const LocalTime now = Now();
+  const std::string folder = state.LogBaseFolder + "Log\\";
   const std::string path = folder + "Caixora.log";
-  if (FileSizeMB(path) >= kRotationSizeMB) RenameFile(path, folder + RotatedLogName(now));
+  // A log that cannot be moved aside grows on, and the next line tries again.
+  if (FileSizeMB(path) >= kRotationSizeMB)
+    static_cast<void>(RenameFile(path, folder + RotatedLogName(now)));
 
-  const std::string line = EncodeTextMode(FormatLogLine(now, LogVersionText, message, detail));
-  auto file = File::Open(path, File::Use::kAppend);
-  if (!file) {
+  const std::string line =
+      EncodeTextMode(FormatLogLine(now, state.LogVersionText, message, detail));
+  File file;
+  if (file.Open(path, File::Use::kReadAndAppend) != SystemError::kNone) {
     // The folder is missing before the first line alone, so the other lines do not ask for it.
-    CreateFolder(ToWide(folder));
-    file = File::Open(path, File::Use::kAppend);
+    static_cast<void>(CreateFolder(ToWide(folder)));
+    if (file.Open(path, File::Use::kReadAndAppend) != SystemError::kNone) StopWithoutLog();
   }
-  if (!file) StopWithoutLog();
-  file->Write(line);
+  static_cast<void>(file.Write(line));
 }
 
 }  // namespace
 
 void WriteLog(Pieces message, Detail detail) noexcept {
-  try {
-    if (EnsureDetailSwitchFile() && IsWritten(ReadDetailSwitch(), detail))
-      AppendLogLine(message, detail);
-  } catch (...) {
-    // Out of memory, a full disk: the line is lost and the payment goes on.
-  }
+  Guarded(
+      [&] {
+        EnsureDetailSwitchFile();
+        if (IsWritten(ReadDetailSwitch(), detail)) AppendLogLine(message, detail);
+      },
+      [] {});
+}
+
+void RecordLibraryVersion() noexcept {
+  Guarded([] { state.LogVersionText = ToNarrow(LibraryVersion("Caixora.dll")); }, [] {});
 }
 
 }  // namespace caixora

@@ -9,8 +9,13 @@
 namespace caixora {
 
 // Writes one line, if the switch file asks for lines of this detail. Never fails towards its caller
-// (a line that memory does not suffice for is dropped), but ends the process when the log cannot
-// be opened: the library refuses to take payments without its log.
+// (a line that memory does not suffice for, or that the disk does not take, is dropped), but ends
+// the process when the log cannot be opened for reading and appending: the library refuses to take
+// payments without its log.
 void WriteLog(Pieces message, Detail detail = Detail::kOrdinary) noexcept;
+
+// Reads this library's version, which the lines carry, anew; every exported call does so before its
+// first line. When memory runs out the version stays as it was.
+void RecordLibraryVersion() noexcept;
 
 }  // namespace caixora

@@ -22,12 +22,12 @@ LogMode ModeOf(std::string_view start_of_switch_file) {
   return line == "DETALHADO" ? LogMode::kDetailed : LogMode::kOff;
 }
 
-std::string RotatedLogName(const LogTime& time) {
+std::string RotatedLogName(const LocalTime& time) {
   return "Caixora_" + std::to_string(time.year) + TwoDigits(time.month) + TwoDigits(time.day) +
          TwoDigits(time.hour) + TwoDigits(time.minute) + TwoDigits(time.second) + ".log";
 }
 
-std::string FormatLogLine(const LogTime& time, std::string_view version, Pieces message,
+std::string FormatLogLine(const LocalTime& time, std::string_view version, Pieces message,
                           Detail detail) {
   std::string line = "\n" + TwoDigits(time.day) + "/" + TwoDigits(time.month) + "/" +
                      std::to_string(time.year) + " " + TwoDigits(time.hour) + ":" +

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "system/time.h"
+
 namespace caixora {
 
 // A message is written from its pieces, so that callers need not build it.
@@ -24,14 +26,9 @@ constexpr bool IsWritten(LogMode mode, Detail detail) {
   return mode == LogMode::kDetailed || (mode == LogMode::kOrdinary && detail == Detail::kOrdinary);
 }
 
-// Local time; the year in full, the others counted as people do.
-struct LogTime {
-  int year, month, day, hour, minute, second;
-};
-
 // Size in whole mebibytes from which the log is moved aside before the next line.
 inline constexpr std::int32_t kRotationSizeMB = 10;
-std::string RotatedLogName(const LogTime& time);
+std::string RotatedLogName(const LocalTime& time);
 
 // The bytes that one line adds to the log, with the line feed that stands before it.
 //
@@ -39,7 +36,7 @@ std::string RotatedLogName(const LogTime& time);
 // its first NUL and "%%" comes out as "%". Any other conversion has no argument to take and stands
 // as it is: messages hold texts of the host and of other programs, which must not be able to read
 // or write memory.
-std::string FormatLogLine(const LogTime& time, std::string_view version, Pieces message,
+std::string FormatLogLine(const LocalTime& time, std::string_view version, Pieces message,
                           Detail detail);
 
 }  // namespace caixora

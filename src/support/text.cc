@@ -2,10 +2,6 @@
 
 #include <charconv>
 #include <limits>
-#include <new>
-
-#include "support/cnpj.h"
-#include "support/log.h"
 
 namespace caixora {
 namespace {
@@ -16,18 +12,11 @@ constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
 std::string CopyOf(const char* text) { return text == nullptr ? std::string() : text; }
 
-std::string RetornaNumeros(const std::string& text) {
-  WriteLog({"RetornaNumeros: ", text}, Detail::kDetailed);
-  std::string result = WithoutPunctuation(text);
-  WriteLog({"Retorno - RetornaNumeros: ", result}, Detail::kDetailed);
-  return result;
-}
-
-std::string SomenteNumerosStr(const std::string& text) {
-  WriteLog({"SomenteNumerosStr: ", text}, Detail::kDetailed);
-  if (!ValidarCNPJ(text)) return {};
-  std::string result = WithoutPunctuation(text);
-  WriteLog({"Retorno - SomenteNumerosStr: ", result}, Detail::kDetailed);
+std::string WithoutPunctuation(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text)
+    if (c != '.' && c != '-' && c != '/') result.push_back(c);
   return result;
 }
 
@@ -46,16 +35,6 @@ bool TakePiece(std::string_view& rest, char separator, std::string_view& piece) 
   piece = rest.substr(0, end);
   rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
   return true;
-}
-
-std::vector<std::string> Split(std::string_view text, char separator) {
-  std::vector<std::string> pieces;
-  try {
-    for (std::string_view piece; TakePiece(text, separator, piece);) pieces.emplace_back(piece);
-  } catch (const std::bad_alloc&) {
-    WriteLog({"Erro no split"}, Detail::kDetailed);
-  }
-  return pieces;
 }
 
 std::int32_t LeadingNumber(std::string_view text) {

@@ -1,16 +1,11 @@
 #include "support/text_mode.h"
 
 #include <algorithm>
-#include <array>
-
-#include "support/file.h"
 
 namespace caixora {
 namespace {
 
 constexpr char kEndOfText = '\x1A';
-
-using Chunk = std::array<char, 16384>;
 
 }  // namespace
 
@@ -32,26 +27,6 @@ void DecodeTextMode(std::string& bytes) {
     if (bytes[i] != '\r' || !before_line_feed) bytes[kept++] = bytes[i];
   }
   bytes.resize(kept);
-}
-
-void ReadAll(File& file, std::string& bytes) {
-  Chunk chunk;
-  while (const std::size_t size = file.Read(chunk.data(), chunk.size()))
-    bytes.append(chunk.data(), size);
-}
-
-std::string ReadFirstLine(File& file) {
-  std::string line;
-  Chunk chunk;
-  while (const std::size_t size = file.Read(chunk.data(), chunk.size())) {
-    const std::string_view bytes(chunk.data(), size);
-    const std::size_t end = bytes.find('\n');
-    line.append(bytes.substr(0, end));
-    if (end == bytes.npos) continue;
-    if (line.ends_with('\r')) line.pop_back();
-    break;
-  }
-  return line;
 }
 
 }  // namespace caixora

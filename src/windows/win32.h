@@ -1,4 +1,4 @@
-// The one way in for <windows.h>; only the Windows edge includes it.
+// The one way in for <windows.h>; no core source includes it.
 #pragma once
 
 #ifndef NOMINMAX

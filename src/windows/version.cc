@@ -1,14 +1,12 @@
-#include "support/version.h"
+#include "system/version.h"
 
 #include <array>
 #include <cstring>
 #include <cwchar>
-#include <new>
 #include <string_view>
 #include <vector>
 
-#include "support/state.h"
-#include "support/windows.h"
+#include "windows/win32.h"
 
 namespace caixora {
 namespace {
@@ -73,23 +71,6 @@ std::wstring HostVersion() {
   if (!::VerQueryValueW(block, FileVersionPath(block).c_str(), &value, &length)) return {};
   const auto* text = static_cast<const wchar_t*>(value);
   return {text, ::wcsnlen(text, length)};
-}
-
-std::string ToNarrow(const std::wstring& text) {
-  const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-  if (size <= 0) return {};
-  std::string narrow(static_cast<std::size_t>(size), '\0');
-  ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, narrow.data(), size, nullptr, nullptr);
-  narrow.resize(narrow.size() - 1);
-  return narrow;
-}
-
-void RecordLibraryVersion() noexcept {
-  try {
-    LogVersionText = ToNarrow(LibraryVersion("Caixora.dll"));
-  } catch (const std::bad_alloc&) {
-    // The version only decorates log lines.
-  }
 }
 
 }  // namespace caixora

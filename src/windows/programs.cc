@@ -1,22 +1,19 @@
-#include "support/system_process.h"
+#include "system/programs.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cwctype>
-#include <memory>
 #include <string_view>
 
-#include "support/windows.h"
+#include "system/wide_text.h"
+#include "windows/code_page.h"
+#include "windows/handle.h"
 // After windows.h, which they need.
 #include <shellapi.h>
 #include <tlhelp32.h>
 
 namespace caixora {
 namespace {
-
-struct HandleCloser {
-  using pointer = HANDLE;
-  void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, HandleCloser>;
 
 // Byte by byte on the name's side: image names are compared without any code page.
 bool SameImage(std::string_view name, std::wstring_view image) {
@@ -26,12 +23,24 @@ bool SameImage(std::string_view name, std::wstring_view image) {
   return true;
 }
 
+void Execute(const char* verb, const std::string& program, const std::string& arguments,
+             const std::string& folder, int show) {
+  if (NarrowCallsTakeUtf8()) {
+    const std::wstring wide_verb(verb, verb + std::char_traits<char>::length(verb));
+    ::ShellExecuteW(nullptr, wide_verb.empty() ? nullptr : wide_verb.c_str(),
+                    ToWide(program).c_str(), ToWide(arguments).c_str(), ToWide(folder).c_str(),
+                    show);
+  } else {
+    ::ShellExecuteA(nullptr, *verb == '\0' ? nullptr : verb, program.c_str(), arguments.c_str(),
+                    folder.c_str(), show);
+  }
+}
+
 }  // namespace
 
 bool ImageRuns(const std::string& name) noexcept {
-  const HANDLE opened = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-  if (opened == INVALID_HANDLE_VALUE) return false;
-  const Handle snapshot(opened);
+  const Handle snapshot = Own(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  if (!snapshot) return false;
   PROCESSENTRY32W entry{};
   entry.dwSize = sizeof entry;
   for (BOOL more = ::Process32FirstW(snapshot.get(), &entry); more;
@@ -40,13 +49,14 @@ bool ImageRuns(const std::string& name) noexcept {
   return false;
 }
 
-void ShellOpen(const std::string& program, const std::string& arguments) noexcept {
+void ShellOpen(const std::string& program, const std::string& arguments) {
   // The working folder is no folder at all, and stays so: the programs find their own.
-  ::ShellExecuteA(nullptr, "open", program.c_str(), arguments.c_str(), "C:\"", SW_SHOWDEFAULT);
+  Execute("open", program, arguments, "C:\"", SW_SHOWDEFAULT);
 }
 
-void ShellOpenDefault(const char* program, const char* arguments, const char* folder) noexcept {
-  ::ShellExecuteA(nullptr, nullptr, program, arguments, folder, SW_SHOWNORMAL);
+void ShellOpenDefault(const std::string& program, const std::string& arguments,
+                      const std::string& folder) {
+  Execute("", program, arguments, folder, SW_SHOWNORMAL);
 }
 
 void ShellRunElevated(const wchar_t* program, const wchar_t* arguments) noexcept {
@@ -63,6 +73,11 @@ bool IsElevated() noexcept {
   DWORD size = 0;
   return ::GetTokenInformation(token.get(), TokenElevation, &elevation, sizeof elevation, &size) &&
          elevation.TokenIsElevated != 0;
+}
+
+void StopHost(std::string_view message) noexcept {
+  std::fwrite(message.data(), 1, message.size(), stdout);
+  std::exit(1);
 }
 
 }  // namespace caixora

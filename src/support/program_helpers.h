@@ -1,4 +1,4 @@
-// Process helpers of every operation, on top of system_process.h.
+// What every operation does with programs, on top of the system's calls.
 #pragma once
 
 #include <string>
@@ -9,6 +9,6 @@ namespace caixora {
 bool IsProcessRunning() noexcept;
 
 // Starts the program with this argument line and does not wait for it. Logs the command.
-void ExecuteCommand(const std::string& program, const std::string& arguments) noexcept;
+void ExecuteCommand(const std::string& program, const std::string& arguments);
 
 }  // namespace caixora

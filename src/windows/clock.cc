@@ -1,10 +1,9 @@
-#include "support/clock.h"
-
-#include "support/windows.h"
+#include "system/time.h"
+#include "windows/win32.h"
 
 namespace caixora {
 
-LogTime Now() noexcept {
+LocalTime Now() noexcept {
   SYSTEMTIME now;
   ::GetLocalTime(&now);
   return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};

@@ -3,13 +3,12 @@
 // The console is written in UTF-8; files and command lines hold Windows-1252 bytes.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
 
-#include "support/windows.h"
+#include "windows/handle.h"
 
 namespace caixora {
 
@@ -69,16 +68,9 @@ inline std::string OwnFolder() {
   return std::string(whole.substr(0, whole.rfind('\\')));
 }
 
-struct HandleCloser {
-  using pointer = HANDLE;
-  void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, HandleCloser>;
-
 inline Handle OpenFile(const std::string& path, DWORD access, DWORD share, DWORD disposition) {
-  const HANDLE file = ::CreateFileA(path.c_str(), access, share, nullptr, disposition,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-  return Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+  return Own(::CreateFileA(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                           nullptr));
 }
 
 // The whole file, or nothing while it is missing or somebody still has it open for writing.

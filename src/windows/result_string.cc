@@ -1,8 +1,8 @@
-#include "support/result_string.h"
+#include "system/result_string.h"
 
 #include <cstdint>
 
-#include "support/windows.h"
+#include "windows/win32.h"
 // After windows.h, which it needs.
 #include <oleauto.h>
 
@@ -10,14 +10,14 @@ namespace caixora {
 
 void ResultStringFreer::operator()(wchar_t* text) const noexcept { ::SysFreeString(text); }
 
-ResultString MakeResult(Pieces text) noexcept {
+ResultString MakeResult(std::initializer_list<std::string_view> pieces) noexcept {
   std::size_t size = 0;
-  for (const std::string_view piece : text) size += piece.size();
+  for (const std::string_view piece : pieces) size += piece.size();
   if (size > INT32_MAX) return nullptr;
   ResultString result(::SysAllocStringByteLen(nullptr, static_cast<UINT>(size)));
   if (result == nullptr) return nullptr;
   char* end = reinterpret_cast<char*>(result.get());
-  for (const std::string_view piece : text) end += piece.copy(end, piece.size());
+  for (const std::string_view piece : pieces) end += piece.copy(end, piece.size());
   return result;
 }
 
