@@ -1,0 +1,7 @@
+//go:build !windows
+
+package caixora
+
+import "os"
+
+func substituir(novo, caminho string) error { return os.Rename(novo, caminho) }

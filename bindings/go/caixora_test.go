@@ -1,0 +1,165 @@
+package caixora
+
+import (
+	"errors"
+	"math"
+	"os"
+	"path/filepath"
+	"reflect"
+	"testing"
+	"time"
+)
+
+func TestLerCentavos(t *testing.T) {
+	for texto, esperado := range map[string]Centavos{
+		"12,50": 1250, "12,5": 1250, "12": 1200, "0,01": 1, "2147483647,99": ValorMaximo,
+	} {
+		if v, err := LerCentavos(texto); v != esperado || err != nil {
+			t.Errorf("%q: %d, %v", texto, v, err)
+		}
+	}
+	for _, texto := range []string{
+		"", "12,505", "12,", ",50", "1.000", "12.50", "-1,00", "+1", " 1", "1,2,3", "2147483648",
+		"92233720368547758080",
+	} {
+		if v, err := LerCentavos(texto); err == nil {
+			t.Errorf("%q foi aceito: %d", texto, v)
+		}
+	}
+}
+
+func TestCodificar(t *testing.T) {
+	for texto, esperado := range map[string]string{
+		"": "\x00", "Ação €¬~": "A\xE7\xE3o \x80\xAC~\x00", "Ÿ\u00A0ÿ": "\x9F\xA0\xFF\x00",
+	} {
+		if b, err := codificar("s", texto, ""); string(b) != esperado || err != nil {
+			t.Errorf("%q: %q, %v", texto, b, err)
+		}
+	}
+	for texto, esperado := range map[string]string{
+		"a😀":      `s: o caractere "😀" (U+1F600) não existe em Windows-1252`,
+		"\u0081":  `s: o caractere U+0081 não existe em Windows-1252`,
+		"a\x00":   `s: o caractere U+0000 não é aceito`,
+		"a\rb":    `s: o caractere U+000D não é aceito`,
+		"a\nb":    `s: o caractere U+000A não é aceito`,
+		"a¬b":     `s: o caractere "¬" (U+00AC) não é aceito`,
+		"caf\xE9": `s: o byte 0xE9 não faz parte de um texto em UTF-8`,
+	} {
+		if b, err := codificar("s", texto, "¬"); err == nil || err.Error() != esperado {
+			t.Errorf("%q: %q, %v", texto, b, err)
+		}
+	}
+}
+
+func TestDecodificar(t *testing.T) {
+	for b := 0; b < 256; b++ {
+		s := decodificar([]byte{byte(b)})
+		volta, err := codificar("s", s, "")
+		indefinido := b >= 0x80 && b < 0xA0 && c1[b-0x80] == 0
+		recusado := b == 0 || b == '\r' || b == '\n' || indefinido
+		if recusado != (err != nil) || err == nil && volta[0] != byte(b) {
+			t.Errorf("%02X: %q, %v", b, s, err)
+		}
+		if indefinido && s != string(rune(b)) {
+			t.Errorf("%02X: %q", b, s)
+		}
+	}
+}
+
+func TestInterpretar(t *testing.T) {
+	aprovada := interpretar("S;1;OK\r\nC;7;050;a;b;c;d;e;1;f;g;h;i;j;k;l;m\r\nI;x\r\nI;y;z")
+	campos := Campos{"7", "050", "a", "b", "c", "d", "e", "1", "f", "g", "h", "i", "j", "k", "l"}
+	if aprovada.Codigo != 1 || aprovada.Mensagem != "OK" || aprovada.Campos != campos ||
+		!reflect.DeepEqual(aprovada.Comprovante, []string{"x", "y;z"}) || !aprovada.Aprovada() {
+		t.Errorf("%+v", aprovada)
+	}
+	if v, ok := aprovada.ValorCentavos(); v != 50 || !ok {
+		t.Errorf("%d, %v", v, ok)
+	}
+	for _, valor := range []string{"", "+50", "5 ", "99999999999999999999"} {
+		if v, ok := (Resultado{Campos: Campos{ValorCentavos: valor}}).ValorCentavos(); ok {
+			t.Errorf("%q: %d", valor, v)
+		}
+	}
+	for texto, mensagem := range map[string]string{
+		"": "", "S;0;": "", "S;0;a\r\nb": "a\r\nb", "S;3;a": "S;3;a", "texto": "texto",
+	} {
+		if r := interpretar(texto); r.Codigo != 0 || r.Mensagem != mensagem || r.Aprovada() {
+			t.Errorf("%q: %+v", texto, r)
+		}
+	}
+	for texto, local := range map[string]bool{
+		"S;2;COMANDO COM SUCESSO\r\nC;17;;;;;;;1;;;;;;;":  true,
+		"S;2;COMANDO COM SUCESSO\r\nC;17;;;;;4;;1;;;;;;;": false,
+		"S;1;COMANDO COM SUCESSO\r\nC;17;;;;;;;1;;;;;;;":  false,
+		"S;2;COMANDO\r\nC;17;;;;;;;1;;;;;;;":              false,
+	} {
+		if r := interpretar(texto); r.RespostaLocal() != local || r.Aprovada() == local {
+			t.Errorf("%q: %+v", texto, r)
+		}
+	}
+}
+
+func TestIncerta(t *testing.T) {
+	for _, caso := range []struct {
+		texto   string
+		duracao time.Duration
+		incerta bool
+	}{
+		{"S;0;GP NÃO ATIVO", 1249 * time.Millisecond, false},
+		{"S;0;GP NÃO ATIVO", 1250 * time.Millisecond, true},
+		{"S;0;GP NAO ATIVO", 0, true},
+		{"S;0;FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA", 0, true},
+		{"S;0;FALHA INTERNA, A OPERACAO NAO FOI ENVIADA AO GP", time.Hour, false},
+		{"S;0;", time.Hour, false},
+		{"", 0, true},
+		{"GP NÃO ATIVO", 0, true},
+	} {
+		if incerta(interpretar(caso.texto), caso.duracao) != caso.incerta {
+			t.Errorf("%+v", caso)
+		}
+	}
+}
+
+func TestDiario(t *testing.T) {
+	d := &diario{filepath.Join(t.TempDir(), "diario.txt")}
+	conferir := func(esperado string, err error) {
+		t.Helper()
+		texto, erroDeLer := os.ReadFile(d.caminho)
+		if string(texto) != esperado || (esperado == "") != os.IsNotExist(erroDeLer) || err != nil {
+			t.Fatalf("%q, %v, %v", texto, erroDeLer, err)
+		}
+	}
+	conferir("caixora-diario 1\n7;1250;iniciada\n", d.abrir(7, 1250))
+	conferir("caixora-diario 1\n7;1250;iniciada\n8;5;iniciada\n", d.abrir(8, 5))
+	conferir("caixora-diario 1\n7;1250;desfazer\n8;5;iniciada\n", d.mudar(7, EstadoDesfazer))
+	var aberta *VendaEmAberto
+	if err := d.abrir(7, 1); !errors.As(err, &aberta) || aberta.Falta != DesfechoDesfazer {
+		t.Errorf("%v", err)
+	}
+	conferir("caixora-diario 1\n8;5;iniciada\n", d.remover(7))
+	conferir("", d.remover(8))
+}
+
+func TestDiarioIlegivel(t *testing.T) {
+	vendas, linha := interpretarDiario("caixora-diario 1\r\n2147483647;1;aprovada\r\n")
+	if linha != 0 || !reflect.DeepEqual(vendas, []VendaNoDiario{{math.MaxInt32, 1, "aprovada"}}) {
+		t.Errorf("%v, %d", vendas, linha)
+	}
+	for texto, esperada := range map[string]int{
+		"": 1, "caixora-diario 2\n": 1, "caixora-diario 1\n\n": 2,
+		"caixora-diario 1\n1;1;iniciada\n1;1;iniciada\n": 3,
+		"caixora-diario 1\n1;1;vendida\n":                2,
+		"caixora-diario 1\n1;1\n":                        2,
+		"caixora-diario 1\n1;1;iniciada;\n":              2,
+		"caixora-diario 1\n0;1;iniciada\n":               2,
+		"caixora-diario 1\n2147483648;1;iniciada\n":      2,
+		"caixora-diario 1\n1;-1;iniciada\n":              2,
+		"caixora-diario 1\n1;+1;iniciada\n":              2,
+		"caixora-diario 1\n1;214748364800;iniciada\n":    2,
+	} {
+		if _, linha := interpretarDiario(texto); linha != esperada {
+			t.Errorf("%q: linha %d", texto, linha)
+		}
+	}
+}

@@ -1,0 +1,3 @@
+module caixora
+
+go 1.19
