@@ -13,6 +13,9 @@
 ///   end;
 ///
 /// Toda chamada bloqueia a thread até terminar. Use uma thread de trabalho, uma chamada por vez.
+///
+/// Um PDV fica melhor com CaixoraPdv.pas, que cuida de tudo isso e das quedas entre a venda e a
+/// confirmação.
 unit Caixora;
 
 {$IFDEF FPC}{$MODE DELPHI}{$ENDIF}
@@ -61,7 +64,7 @@ const
 
 type
   /// Texto em Windows-1252. Um string é convertido ao ser passado; a conversão explícita
-  /// TTexto1252(S) apenas cala o aviso do compilador.
+  /// TTexto1252(S) apenas cala o aviso do compilador. O que Windows-1252 não tem vira "?" sem erro.
   TTexto1252 = type AnsiString(1252);
 
   TResultadoTef = record
