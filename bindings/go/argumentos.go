@@ -68,8 +68,8 @@ func (a *argumentos) conferirValor(nome string, valor, minimo Centavos) *argumen
 	return a
 }
 
-// valor vai em reais, como double. A divisão dá o double mais próximo, que a DLL lê de volta como os
-// mesmos centavos.
+// valor vai em reais, como double. A divisão dá o double mais próximo, que a DLL lê de volta como
+// os mesmos centavos.
 func (a *argumentos) valor(valor, minimo Centavos) *argumentos {
 	a.conferirValor("dValor", valor, minimo)
 	a.lista = append(a.lista, argumento{bits: uintptr(math.Float64bits(float64(valor) / 100))})

@@ -8,7 +8,8 @@ import (
 
 var moveFileEx = syscall.NewLazyDLL("kernel32.dll").NewProc("MoveFileExW")
 
-// substituir troca o arquivo de uma vez e só volta com a troca no disco, o que os.Rename não promete.
+// substituir troca o arquivo de uma vez e só volta com a troca no disco, o que os.Rename não
+// promete.
 func substituir(novo, caminho string) error {
 	const substituirExistente, esperarODisco = 0x1, 0x8
 	de, err := syscall.UTF16PtrFromString(novo)

@@ -10,8 +10,8 @@
 //		func(r caixora.Resultado) error { return imprimir(r.Comprovante) })
 //
 // Toda chamada bloqueia a goroutine até terminar, sem tempo máximo enquanto o cliente está diante
-// do terminal: faça-a fora da goroutine da tela. O estado da DLL é do processo inteiro; por isso uma
-// trava do pacote deixa passar uma chamada de cada vez, qualquer que seja o objeto.
+// do terminal: faça-a fora da goroutine da tela. O estado da DLL é do processo inteiro; por isso
+// uma trava do pacote deixa passar uma chamada de cada vez, qualquer que seja o objeto.
 //
 // A DLL existe apenas para Windows de 64 bits: compile com GOOS=windows GOARCH=amd64. Nas outras
 // plataformas o pacote compila, e Nova devolve um erro.

@@ -103,7 +103,8 @@ func (d *dll) constante(funcao string) string {
 	return decodificar(unsafe.Slice((*byte)(inicio), tamanho))
 }
 
-// apontar dá o ponteiro de um endereço de memória da DLL, que o coletor de lixo não conhece nem move.
+// apontar dá o ponteiro de um endereço de memória da DLL, que o coletor de lixo não conhece nem
+// move.
 func apontar(endereco uintptr) unsafe.Pointer {
 	return *(*unsafe.Pointer)(unsafe.Pointer(&endereco))
 }

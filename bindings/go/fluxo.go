@@ -68,9 +68,10 @@ const resultadoIncerto = "resultado incerto: "
 
 // VenderEConfirmar vende, chama aoAprovar e confirma. Em aoAprovar, registre a venda e imprima o
 // comprovante; se ele devolve um erro, ou entra em pânico, a venda é desfeita e o erro é devolvido
-// como está. Toda venda aprovada ou incerta tem um desfecho, ou fica no diário e em VendaEmAberto.
+// como está. Toda venda aprovada ou incerta tem um desfecho, ou fica no diário e em
+// VendaEmAberto.
 //
-// Um erro com Situacao preenchida não desmente a situação: é o do aoAprovar, uma ValorDivergente, ou
+// Um erro com Situacao preenchida não desmente a situação: é o do aoAprovar, um ValorDivergente, ou
 // um diário que não pôde ser gravado.
 func (c *Caixora) VenderEConfirmar(venda Venda, aoAprovar func(Resultado) error) (
 	ResultadoVenda, error) {
@@ -159,9 +160,9 @@ func (c *Caixora) repetirDesfecho(cupom int, desfecho Desfecho) *VendaEmAberto {
 	return aberto
 }
 
-// ConcluirVenda dá o desfecho a uma venda do diário e a tira dele. Depois de uma queda, quem decide é
-// o PDV: "iniciada" e "desfazer" se desfazem; "confirmar" se confirma; "aprovada" se confirma apenas
-// se a venda está nos registros do próprio PDV, e se não, se desfaz.
+// ConcluirVenda dá o desfecho a uma venda do diário e a tira dele. Depois de uma queda, quem decide
+// é o PDV: "iniciada" e "desfazer" se desfazem; "confirmar" se confirma; "aprovada" se confirma
+// apenas se a venda está nos registros do próprio PDV, e se não, se desfaz.
 func (c *Caixora) ConcluirVenda(cupom int, desfecho Desfecho) error {
 	var estado Estado
 	switch desfecho {
@@ -204,8 +205,8 @@ func incerta(r Resultado, duracao time.Duration) bool {
 	}
 	switch r.Mensagem {
 	case "GP NÃO ATIVO":
-		// Sem GP, a chamada termina após a espera inicial de 1000 ms, antes de gravar o pedido. Com o
-		// GP caindo depois de gravado, ela leva ao menos 1300 ms.
+		// Sem GP, a chamada termina após a espera inicial de 1000 ms, antes de gravar o pedido. Com
+		// o GP caindo depois de gravado, ela leva ao menos 1300 ms.
 		return duracao >= 1250*time.Millisecond
 	case "GP NAO ATIVO", "FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA":
 		return true

@@ -79,10 +79,10 @@ func motivo(codigo int) string {
 }
 
 // Fluxo conduz uma transação pelo Trevix, chamando perguntar a cada pergunta. Um erro de perguntar
-// cancela o fluxo e é devolvido como está, ErrCancelar entre eles; um pânico também cancela antes de
-// seguir. O contexto é consultado a cada espera e depois de cada resposta: encerrado, o fluxo é
-// cancelado e o erro dele é devolvido. Uma transação que a DLL não completa não é um erro: veja
-// Concluido e Motivo, que vêm preenchidos também quando há erro.
+// cancela o fluxo e é devolvido como está, ErrCancelar entre eles; um pânico também cancela antes
+// de seguir. O contexto é consultado a cada consulta e depois de cada resposta: encerrado, o fluxo
+// é cancelado e o erro do contexto é devolvido. Uma transação que a DLL não completa não é um erro:
+// veja Concluido e Motivo.
 func (c *Caixora) Fluxo(ctx context.Context, inicio InicioFluxo,
 	perguntar func(pergunta string) (resposta string, err error)) (ResultadoFluxo, error) {
 	argsInicio := c.argumentosDoFluxo(inicio, inicio.Funcao)
@@ -125,6 +125,9 @@ func (c *Caixora) Fluxo(ctx context.Context, inicio InicioFluxo,
 			_, _ = cancelar(ResultadoFluxo{}, nil)
 		}
 	}()
+	desistir := func(err error) (ResultadoFluxo, error) {
+		return cancelar(ResultadoFluxo{Etapa: EtapaAguarda, Motivo: err.Error()}, err)
+	}
 	for {
 		texto := c.aguardar()
 		switch {
@@ -136,7 +139,7 @@ func (c *Caixora) Fluxo(ctx context.Context, inicio InicioFluxo,
 			return c.finalizar(texto, argsFim), nil
 		case texto == "":
 			if err := esperar(ctx, pausaDoFluxo); err != nil {
-				return cancelar(ResultadoFluxo{Etapa: EtapaAguarda, Motivo: "cancelado pelo PDV"}, err)
+				return desistir(fmt.Errorf("fluxo cancelado pelo PDV: %w", err))
 			}
 		default:
 			resposta, err := perguntar(texto)
@@ -145,7 +148,7 @@ func (c *Caixora) Fluxo(ctx context.Context, inicio InicioFluxo,
 			}
 			argsResposta := c.argumentos().textoSem("¬", "sInformacao", resposta)
 			if err := primeiro(err, argsResposta.err); err != nil {
-				return cancelar(ResultadoFluxo{Etapa: EtapaContinua, Motivo: err.Error()}, err)
+				return desistir(err)
 			}
 			codigo := c.codigo("ContinuaFuncaoQJInterativo", argsResposta.lista)
 			if codigo != 0 {

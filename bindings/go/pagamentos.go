@@ -10,12 +10,12 @@ var (
 	// trava guarda a DLL, cujo estado é do processo e não do objeto, e pendente.
 	trava sync.Mutex
 	// pendente é o cupom do desfecho que a DLL recusou, ou 0. A operação seguinte seria respondida
-	// pela DLL como se fosse ele: sem aprovação nenhuma.
+	// pela DLL como se fosse esse desfecho: sem aprovação nenhuma.
 	pendente int
 )
 
-// PendenciaAberta é o erro de uma operação pedida enquanto há um desfecho recusado. Nada foi chamado.
-// Repita Confirmar ou Desfazimento desse cupom, ou desista dele com EsquecerPendencia.
+// PendenciaAberta é o erro de uma operação pedida enquanto há um desfecho recusado. Nada foi
+// chamado. Repita Confirmar ou Desfazimento desse cupom, ou desista dele com EsquecerPendencia.
 type PendenciaAberta struct{ Cupom int }
 
 func (e *PendenciaAberta) Error() string {
@@ -43,8 +43,8 @@ func (c *Caixora) pagar(funcao string, a *argumentos) (Resultado, error) {
 	return r, err
 }
 
-// pagarMedindo devolve também a duração da chamada, sem a espera pela trava. Com erro, a DLL não foi
-// chamada.
+// pagarMedindo devolve também a duração da chamada, sem a espera pela trava. Com erro, a DLL não
+// foi chamada.
 func (c *Caixora) pagarMedindo(funcao string, a *argumentos) (Resultado, time.Duration, error) {
 	if a.err != nil {
 		return Resultado{}, 0, a.err
@@ -60,8 +60,8 @@ func (c *Caixora) pagarMedindo(funcao string, a *argumentos) (Resultado, time.Du
 	return interpretar(decodificar(bytes)), duracao, nil
 }
 
-// Confirmar confirma a venda do cupom. O sucesso é uma RespostaLocal: o pedido foi gravado. Qualquer
-// outra coisa deixa uma pendência; veja PendenciaAberta.
+// Confirmar confirma a venda do cupom. O sucesso é uma RespostaLocal: o pedido foi gravado. Uma
+// recusa deixa uma pendência; veja PendenciaAberta.
 func (c *Caixora) Confirmar(cupom int) (Resultado, error) {
 	return c.darDesfecho("Confirmar", cupom)
 }
@@ -162,8 +162,8 @@ type GPInativo struct{ Mensagem string }
 
 func (e *GPInativo) Error() string { return "o GP não respondeu: " + e.Mensagem }
 
-// AguardarGP chama Atv até o GP responder, com a pausa da configuração entre as tentativas. É para a
-// abertura do caixa: a primeira chamada encontra o GP fechado e o inicia.
+// AguardarGP chama Atv até o GP responder, com a pausa da configuração entre as tentativas. É para
+// a abertura do caixa: a primeira chamada encontra o GP fechado e o inicia.
 func (c *Caixora) AguardarGP(tentativas int) error {
 	inativo := &GPInativo{"nenhuma tentativa"}
 	for i := 0; i < tentativas; i++ {

@@ -6,7 +6,8 @@ import (
 	"strings"
 )
 
-// Venda é uma venda por fazer: a função, o valor, o cupom e o mais que ela peça. Crie-a com CreditoVista, Debito, Link...
+// Venda é uma venda por fazer: a função, o valor, o cupom e o mais que ela peça. Crie-a com
+// CreditoVista, Debito, Link...
 type Venda struct {
 	funcao string
 	valor  Centavos
