@@ -1,32 +1,48 @@
-// Real files and processes for the tests that run on Windows or under Wine. The tests own C: to F:.
+// Real files and processes for the tests that run on Windows or under Wine. The tests own C: to F:,
+// empty folders there and end programs; outside Wine they ask for leave first.
 #pragma once
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <thread>
 
-#include "support/windows.h"
-// After windows.h, which it needs.
+#include "windows/handle.h"
+// After windows.h, which they need.
+#include <oleauto.h>
 #include <tlhelp32.h>
 
 namespace world {
 
 namespace fs = std::filesystem;
+using caixora::Handle;
 using namespace std::chrono_literals;
 
 inline constexpr char kGpExe[] = "clientorvane_simulador.exe";
 
+inline bool MayEmptyThisMachine() {
+  const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
+  if (GetProcAddress(ntdll, "wine_get_version") != nullptr) return true;
+  if (std::getenv("CAIXORA_TESTS_MAY_EMPTY_THIS_MACHINE") != nullptr) return true;
+  std::puts(
+      "These tests empty C:\\Tef_Dial, C:\\Lumetra and C:\\Trevix and end Trevix.exe.\n"
+      "To let them, set CAIXORA_TESTS_MAY_EMPTY_THIS_MACHINE.");
+  return false;
+}
+
 inline fs::path OwnFolder() {
-  char path[MAX_PATH];
-  GetModuleFileNameA(nullptr, path, MAX_PATH);
+  wchar_t path[MAX_PATH];
+  GetModuleFileNameW(nullptr, path, MAX_PATH);
   return fs::path(path).parent_path();
 }
 
-inline void Write(const fs::path& path, const std::string& bytes) {
+inline void Write(const fs::path& path, std::string_view bytes) {
   fs::create_directories(fs::absolute(path).parent_path());
   std::ofstream(path, std::ios::binary) << bytes;
 }
@@ -37,96 +53,119 @@ inline std::string Read(const fs::path& path) {
 }
 
 // A program of ours under the name and in the folder that a test wants.
-inline void Install(const std::string& program, const fs::path& path) {
+inline void Install(const char* program, const fs::path& path) {
   fs::create_directories(path.parent_path());
   fs::copy_file(OwnFolder() / program, path, fs::copy_options::overwrite_existing);
 }
 
 inline int CountOrKill(const std::string& image, bool kill) {
   int count = 0;
-  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  const Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   PROCESSENTRY32 entry{};
   entry.dwSize = sizeof entry;
-  for (BOOL more = Process32First(snapshot, &entry); more; more = Process32Next(snapshot, &entry)) {
+  for (BOOL more = Process32First(snapshot.get(), &entry); more;
+       more = Process32Next(snapshot.get(), &entry)) {
     if (_stricmp(entry.szExeFile, image.c_str()) != 0) continue;
     ++count;
     if (!kill) continue;
-    const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID);
-    TerminateProcess(process, 9);
-    WaitForSingleObject(process, 2000);
-    CloseHandle(process);
+    const Handle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID));
+    TerminateProcess(process.get(), 9);
+    WaitForSingleObject(process.get(), 10000);
   }
-  CloseHandle(snapshot);
   return count;
 }
 inline int Count(const std::string& image) { return CountOrKill(image, false); }
 inline void Kill(const std::string& image) { CountOrKill(image, true); }
 
-// Polls for at most ten seconds.
+// Polls for at most a minute, so that only what never comes counts as missing.
 inline bool Eventually(const std::function<bool()>& holds) {
-  for (int i = 0; i < 1000; ++i, std::this_thread::sleep_for(10ms))
+  for (int i = 0; i < 6000; ++i, std::this_thread::sleep_for(10ms))
     if (holds()) return true;
   return false;
 }
 
-// Starts a program, in another token if given; the caller owns the handle.
-inline HANDLE Start(std::string command, HANDLE token = nullptr, HANDLE output = nullptr) {
-  STARTUPINFOA startup{};
+// Starts a program, in another token and with another output if given.
+inline Handle Start(std::wstring command, HANDLE token = nullptr, HANDLE output = nullptr) {
+  STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   if (output != nullptr) {
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
   }
   PROCESS_INFORMATION process{};
+  wchar_t* const line = command.data();
   const BOOL inherit = output != nullptr;
-  const BOOL started =
-      token == nullptr
-          ? CreateProcessA(nullptr, command.data(), nullptr, nullptr, inherit, 0, nullptr, nullptr, &startup, &process)
-          : CreateProcessAsUserA(token, nullptr, command.data(), nullptr, nullptr, inherit, 0, nullptr, nullptr, &startup, &process);
+  const BOOL started = token == nullptr
+                           ? CreateProcessW(nullptr, line, nullptr, nullptr, inherit, 0, nullptr,
+                                            nullptr, &startup, &process)
+                           : CreateProcessAsUserW(token, nullptr, line, nullptr, nullptr, inherit,
+                                                  0, nullptr, nullptr, &startup, &process);
   if (!started) return nullptr;
   CloseHandle(process.hThread);
-  return process.hProcess;
+  return Handle(process.hProcess);
 }
 
-inline DWORD ExitCodeOf(HANDLE process) {
+inline std::wstring HostCommand(const wchar_t* program, const wchar_t* role) {
+  return L"\"" + (OwnFolder() / program).wstring() + L"\" " + role;
+}
+
+inline DWORD ExitCodeOf(const Handle& process) {
   DWORD code = 9999;
-  WaitForSingleObject(process, 30000);
-  GetExitCodeProcess(process, &code);
-  CloseHandle(process);
+  WaitForSingleObject(process.get(), 60000);
+  GetExitCodeProcess(process.get(), &code);
   return code;
 }
 
-// Holds a file open as another program would.
-class Holding {
+// A DLL as hosts load it.
+class Library {
  public:
-  Holding(const fs::path& path, DWORD share)
-      : handle_(CreateFileA(path.string().c_str(), GENERIC_READ | GENERIC_WRITE, share, nullptr, OPEN_ALWAYS, 0, nullptr)) {}
-  ~Holding() { Release(); }
-  void Release() {
-    if (handle_ != INVALID_HANDLE_VALUE) CloseHandle(handle_);
-    handle_ = INVALID_HANDLE_VALUE;
+  explicit Library(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {}
+  ~Library() { FreeLibrary(module_); }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+  HMODULE module() const { return module_; }
+
+  template <class Function>
+  Function Find(Function, const char* name) const {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
   }
-  HANDLE handle() const { return handle_; }
+  static std::string Take(wchar_t* text) {
+    if (text == nullptr) return "(null)";
+    std::string bytes(reinterpret_cast<const char*>(text), SysStringByteLen(text));
+    SysFreeString(text);
+    return bytes;
+  }
 
  private:
-  HANDLE handle_;
+  HMODULE module_;
 };
 
-// Counted by hand, since Wine counts neither handles nor private bytes.
-inline int OpenHandles() {
-  int count = 0;
-  DWORD flags;
-  for (std::uintptr_t value = 4; value < 0x8000; value += 4) count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
-  return count;
+// A file held open as another program would.
+inline Handle Hold(const fs::path& path, DWORD share) {
+  return caixora::Own(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, share, nullptr,
+                                  OPEN_ALWAYS, 0, nullptr));
 }
 
-inline std::size_t PrivateBytes() {
-  std::size_t bytes = 0;
-  MEMORY_BASIC_INFORMATION region{};
-  for (const char* at = nullptr; VirtualQuery(at, &region, sizeof region) != 0; at += region.RegionSize)
-    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
-  return bytes;
-}
+// What a process holds, counted by hand: Wine counts neither handles nor private bytes.
+struct Holdings {
+  int handles = 0;
+  std::size_t heap = 0;
+  DWORD slot = TlsAlloc();  // the lowest free one
+
+  Holdings() {
+    TlsFree(slot);
+    DWORD flags;
+    for (std::uintptr_t value = 4; value < 0x8000; value += 4)
+      handles += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(64, heaps);
+    for (DWORD i = 0; i < count; ++i) {
+      PROCESS_HEAP_ENTRY entry{};
+      while (HeapWalk(heaps[i], &entry))
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) heap += entry.cbData;
+    }
+  }
+};
 
 // An empty installation: C:\caixa as the current directory, an exchange folder, no program running.
 inline void Clean() {
@@ -134,14 +173,26 @@ inline void Clean() {
   // Requests to end a companion run on their own and still write their record.
   Eventually([] { return Count("taskkill.exe") == 0; });
   fs::current_path("C:\\");
-  for (const char* folder : {"C:\\caixa", "C:\\Tef_Dial", "C:\\Lumetra", "C:\\Trevix", "C:\\TrevixLog", "C:\\Outra"}) {
+  for (const wchar_t* folder :
+       {L"C:\\caixa", L"C:\\Tef_Dial", L"C:\\Lumetra", L"C:\\Trevix", L"C:\\TrevixLog",
+        L"C:\\Outra", L"C:\\Tr\u00E9vix", L"C:\\Tr\u00E9vixLog"}) {
     // What is in it: the folder itself may still be some console's current directory.
     std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(folder, ignored)) fs::remove_all(entry.path());
+    for (const auto& entry : fs::directory_iterator(folder, ignored))
+      Eventually([&] {
+        std::error_code error;
+        fs::remove_all(entry.path(), error);
+        return !error;
+      });
   }
   for (const char* file : {"C:\\taskkill.log", "C:\\taskkill_inerte.txt"})
-    Eventually([file] { std::error_code error; fs::remove(file, error); return !error; });
-  for (const char* folder : {"C:\\caixa", "C:\\Outra", "C:\\Tef_Dial\\Req", "C:\\Tef_Dial\\Resp"}) fs::create_directories(folder);
+    Eventually([file] {
+      std::error_code error;
+      fs::remove(file, error);
+      return !error;
+    });
+  for (const char* folder : {"C:\\caixa", "C:\\Outra", "C:\\Tef_Dial\\Req", "C:\\Tef_Dial\\Resp"})
+    fs::create_directories(folder);
   Write("C:\\Tef_Dial\\Tef_Dial.exe", "");
   fs::current_path("C:\\caixa");
 }

@@ -23,8 +23,8 @@ Refusal LogVersions(Exchange&) {
 
 // The routine, in order; the first refusal ends it.
 constexpr Phase kPhases[] = {
-    LocateGp,      //
-    LogVersions,   //
+    LocateGp,     //
+    LogVersions,  //
     ValidateArguments,
     CleanFolders,  //
     CheckGp,       // starts a GP that does not run, and ends the call

@@ -112,8 +112,8 @@ Refusal CleanFolders(Exchange&) {
 Refusal CheckGp(Exchange& exchange) {
   WriteLog({"Verificando CLIENT EM EXECUCAO"});
   if (!GpIsGone(exchange)) return std::nullopt;
-  WriteLog({"GP INATIVO, enviando comando ", state.ClientFolder, state.ClientExeName,
-            " STARTAUTO"});
+  WriteLog(
+      {"GP INATIVO, enviando comando ", state.ClientFolder, state.ClientExeName, " STARTAUTO"});
   StartGp();
   return std::string(kGpInactive);
 }

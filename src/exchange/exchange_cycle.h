@@ -9,8 +9,8 @@ namespace caixora {
 // Removes what an earlier call left and lets the folder settle.
 Refusal CleanFolders(Exchange&);
 
-// Makes sure that the GP runs. One that does not is started, and the call ends: the host tries again
-// once it is up.
+// Makes sure that the GP runs. One that does not is started, and the call ends: the host tries
+// again once it is up.
 Refusal CheckGp(Exchange& exchange);
 
 // Writes the record as the request file. Never leaves half a request behind.

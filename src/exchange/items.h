@@ -8,8 +8,8 @@
 
 namespace caixora {
 
-// Both append the lines of the items to the record, or refuse the items. Items are separated by "|";
-// a call without items (count below 1 or no text) appends nothing.
+// Both append the lines of the items to the record, or refuse the items. Items are separated by
+// "|"; a call without items (count below 1 or no text) appends nothing.
 
 // Items of exactly six fields separated by the not sign; the fields are checked.
 Refusal AppendLinkItems(const TefArguments& arguments, std::string& record);

@@ -2,7 +2,8 @@
 //
 //    {iCupom}                         the argument of that name
 //    |                                a line end
-//    <800-007 = {sControle}|>         left out when its argument is empty (an amount: not above zero)
+//    <800-007 = {sControle}|>         left out when its argument is empty (an amount: not above
+//    zero)
 //    {*link} {*frota}                 the item lines of a payment link, of a fleet sale
 //
 // Read at compile time; a text that is none does not compile.
@@ -104,8 +105,7 @@ class Template {
     }
     if (!part.optional) return part;
     const std::size_t end = rest.find('>');
-    if (end == rest.npos || part.value == Value::kNone)
-      throw "an optional part needs its argument";
+    if (end == rest.npos || part.value == Value::kNone) throw "an optional part needs its argument";
     part.after = rest.substr(0, end);
     rest.remove_prefix(end + 1);
     return part;

@@ -38,8 +38,8 @@ bool LerArquivoConfigQJ(const std::string& path) {
   WriteLog({"Arquivo Aberto - ConfigQJ.ini"}, Detail::kDetailed);
 
   std::string text;
-  const bool whole = Guarded([&] { return ReadAll(file, text) == SystemError::kNone; },
-                             [] { return false; });
+  const bool whole =
+      Guarded([&] { return ReadAll(file, text) == SystemError::kNone; }, [] { return false; });
   if (!whole) text.resize(text.rfind('\n') + 1);  // the lines read so far count
   DecodeTextMode(text);
   const auto stored = [&] {

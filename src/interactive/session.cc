@@ -119,8 +119,8 @@ void MoveToRawFolder() {
   state.ClientFolder = line;
   SetExchangeFolders();
   // No log can be opened under a key, and without its log the library ends the host; so the log
-  // moves along only to a folder that is there, or to the current one that an empty text stands for.
-  // A NUL would end the path before the log's name.
+  // moves along only to a folder that is there, or to the current one that an empty text stands
+  // for. A NUL would end the path before the log's name.
   const bool is_path = line.find('\0') == line.npos;
   bool is_folder = line.empty();
   if (is_path && !is_folder) static_cast<void>(QueryPath(ToWide(line), is_folder));

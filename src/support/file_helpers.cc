@@ -21,7 +21,9 @@ void RemoveFile(const std::string& path) noexcept {
         WriteLog({u8"Exclusão: "_ansi, path}, Detail::kDetailed);
         static_cast<void>(DeleteFileAt(path));
       },
-      [&] { WriteLog({"Erro ao Remover Arquivo: ", path}); });
+      [&] {
+        WriteLog({"Erro ao Remover Arquivo: ", path});
+      });
 }
 
 bool FileExists(const std::wstring& path) {

@@ -52,8 +52,8 @@ struct State {
   // Set while the request in progress is a liveness request, whose answer has a file of its own.
   bool AnswerIsLiveness = false;
 
-  // The GP's answer from its removal until the host is about to get its result. The hard stop of the
-  // log puts it back on disk: an approved payment must not vanish with the process.
+  // The GP's answer from its removal until the host is about to get its result. The hard stop of
+  // the log puts it back on disk: an approved payment must not vanish with the process.
   struct {
     std::string path, bytes;
   } UnreturnedAnswer;

@@ -7,10 +7,10 @@
 namespace caixora {
 
 // The system's own codes; named are those that decisions rest on.
-enum class [[nodiscard]] SystemError : std::uint32_t {
-  kNone = 0,
-  kFileNotFound = 2,
-  kPathNotFound = 3,
+enum class [[nodiscard]] SystemError : std::uint32_t{
+    kNone = 0,
+    kFileNotFound = 2,
+    kPathNotFound = 3,
 };
 
 }  // namespace caixora

@@ -43,11 +43,10 @@ constexpr Mode kModes[] = {
 // No security attributes: a program started meanwhile inherits none of our handles.
 HANDLE OpenHandle(const std::string& path, const Mode& mode) {
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-  return NarrowCallsTakeUtf8()
-             ? ::CreateFileW(ToWide(path).c_str(), mode.access, kShare, nullptr, mode.creation,
-                             FILE_ATTRIBUTE_NORMAL, nullptr)
-             : ::CreateFileA(path.c_str(), mode.access, kShare, nullptr, mode.creation,
-                             FILE_ATTRIBUTE_NORMAL, nullptr);
+  return NarrowCallsTakeUtf8() ? ::CreateFileW(ToWide(path).c_str(), mode.access, kShare, nullptr,
+                                               mode.creation, FILE_ATTRIBUTE_NORMAL, nullptr)
+                               : ::CreateFileA(path.c_str(), mode.access, kShare, nullptr,
+                                               mode.creation, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 }  // namespace
@@ -85,8 +84,7 @@ SystemError File::Write(std::string_view bytes) noexcept {
 
 SystemError File::SeekToEnd(std::int64_t& size) noexcept {
   LARGE_INTEGER end{};
-  const SystemError error =
-      ErrorOf(::SetFilePointerEx(handle_, LARGE_INTEGER{}, &end, FILE_END));
+  const SystemError error = ErrorOf(::SetFilePointerEx(handle_, LARGE_INTEGER{}, &end, FILE_END));
   size = end.QuadPart;
   return error;
 }
@@ -107,9 +105,8 @@ SystemError DeleteFileAt(const std::string& path) {
 
 SystemError RenameFile(const std::string& from, const std::string& to) {
   const NoDialogs scope;
-  return ErrorOf(NarrowCallsTakeUtf8()
-                     ? ::MoveFileW(ToWide(from).c_str(), ToWide(to).c_str())
-                     : ::MoveFileA(from.c_str(), to.c_str()));
+  return ErrorOf(NarrowCallsTakeUtf8() ? ::MoveFileW(ToWide(from).c_str(), ToWide(to).c_str())
+                                       : ::MoveFileA(from.c_str(), to.c_str()));
 }
 
 SystemError CreateFolder(const std::wstring& path) {

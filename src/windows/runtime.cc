@@ -1,9 +1,9 @@
 // What of the C++ runtime the DLL brings itself, in the place of the compiler's.
 //
-// The compiler's own parts take memory when a DLL is loaded (a pool for exceptions) or at a thread's
-// first exception (its record, a lock), end the process where there is none, and give some of it
-// back only when the host ends. A host may load and free this DLL at every sale, and the only thing
-// that is thrown in it is that memory ran out. So exceptions live in static memory here.
+// The compiler's own parts take memory when a DLL is loaded (a pool for exceptions) or at a
+// thread's first exception (its record, a lock), end the process where there is none, and give some
+// of it back only when the host ends. A host may load and free this DLL at every sale, and the only
+// thing that is thrown in it is that memory ran out. So exceptions live in static memory here.
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
