@@ -1,0 +1,192 @@
+#!/usr/bin/env bash
+# Runs the example of each language named, or of all of them, against the simulators in a clean
+# checkout, and compares what it printed, left in its journal and had others receive with
+# tests/languages. The example is killed on the way: no sale may be left without its one outcome.
+#
+# scripts/languages/<language>.sh defines build, which makes the example in $out and keeps what it
+# fetches in $kit, and run, which runs it in the current folder.
+source "$(dirname "$0")/lib.sh"
+
+if [ $# -ne 1 ]; then
+  [ $# -gt 0 ] || set -- c cpp pascal csharp vb node go ponte
+  failed=()
+  for language in "$@"; do
+    scripts/languages.sh "$language" || failed+=("$language")
+  done
+  [ ${#failed[@]} -eq 0 ] || { echo "Falharam: ${failed[*]}"; exit 1; }
+  exit
+fi
+
+language=$1
+root=$PWD
+kit=$root/build/languages/kit
+out=$root/build/languages/$language
+c=$WINEPREFIX/drive_c
+req=$c/Tef_Dial/Req
+got=$out/obtido.txt
+host=
+simple=0
+
+install_missing
+if [ -z "${bin:-}" ]; then  # a test brings the folder that it was built in
+  bin=$root/build/windows/bin
+  build windows caixora clientorvane_simulador Trevix Email taskkill caixora_host
+fi
+mkdir -p "$kit" "$out"
+: >"$out/stdout" >"$out/stderr"
+make_prefix
+
+need_packages() { install_missing "$@"; }
+
+fail() {
+  {
+    echo "$language: $1"
+    tail -n 40 "$out/stdout" "$out/stderr"
+  } >&2
+  exit 1
+}
+
+# Polls until a command succeeds. The limit is for a program that hangs, not for a slow machine.
+await() {
+  local end=$((SECONDS + 300))
+  until "$@" 2>/dev/null; do
+    [ -z "$host" ] || ! ended 2>/dev/null || fail "o exemplo terminou antes de: $*"
+    [ $SECONDS -lt $end ] || fail "em vão se esperou: $*"
+    sleep 0.05
+  done
+}
+
+# No program of an earlier run, such as the GP, is left.
+restart_windows() {
+  wineserver -k >/dev/null 2>&1 || true
+  wineserver -w
+  make_prefix
+}
+
+lay_out() {
+  restart_windows
+  rm -rf "$WINEPREFIX"/drive_[c-f]/Tef_Dial "$c"/{caixa,Lumetra,Trevix,TrevixLog,Gp}
+  mkdir -p "$c"/{caixa,Lumetra,Trevix,Gp} "$req" "$c/Tef_Dial/Resp"
+  : >"$c/Tef_Dial/Tef_Dial.exe"
+  cp "$bin/clientorvane_simulador.exe" "$c/Lumetra/"
+  cp "$bin/Trevix.exe" "$bin/Email.exe" "$c/Trevix/"
+  cp "$bin/Caixora.dll" "$c/caixa/"
+  printf 'C:\\Trevix\r\nCAMINHO=C:\\Trevix\r\n' >"$c/caixa/ConfigQJ.ini"
+}
+
+start_gp() {
+  wine "$c/Lumetra/clientorvane_simulador.exe" STARTAUTO "$@" >"$out/gp.log" 2>&1 </dev/null &
+  await grep -q Aguardando "$out/gp.log"
+}
+
+# Starts the example as a process group of its own, so that all of it can be killed.
+start() {
+  set -m
+  (
+    cd "$c/caixa"
+    run "$@"
+  ) >"$out/stdout" 2>"$out/stderr" </dev/null &
+  host=$!
+  set +m
+}
+ended() { ! kill -0 "$host"; }
+crash() {
+  kill -KILL -- "-$host"
+  wait "$host" 2>/dev/null || true
+  host=
+}
+
+# What a run is compared by: what it printed, its exit status and the journal that it left.
+run_example() {
+  echo "> exemplo${*:+ $*}"
+  start "$@"
+  await ended
+  local status=0
+  wait "$host" || status=$?
+  host=
+  cat "$out/stdout"
+  echo "< $status"
+  journal
+}
+journal() { (cd "$c/caixa" && grep -sH '' diario.txt* || true); }
+
+# What is missing, or is not Windows-1252, makes the text differ; the rest is still to be seen.
+ansi() { iconv -f WINDOWS-1252 -t UTF-8 "$@" || true; }
+
+# A request a line, but for what follows its heading.
+requests() {
+  ansi "$c/Lumetra/Pedidos.txt" |
+    sed -zE 's/\r\n/|/g; s/ = /=/g; s/==== [0-9:]*\|//; s/==== [0-9:]*\|/\n/g; s/\|(261-0.1|800-001)/\n  \1/g'
+  echo
+}
+
+sell_and_recover() {
+  lay_out
+  run_example
+  run_example --cair
+  run_example --retomar
+  run_example --retomar
+  echo '> pedidos'
+  requests
+  ansi "$c/Trevix/Trevix_parametros.txt" "$c/Trevix/Email_recebido.txt"
+}
+
+# The library is on its second attempt to write the request.
+refused_once() { [ "$(grep -ac 'Gerando Arquivo' "$c/Lumetra/Log/Caixora.log")" -ge 2 ]; }
+
+# Killed when the GP has approved and the answer is on its way, then again while the sale cannot be
+# undone: the GP works in a folder of its own, and requests reach it only from here.
+crash_on_the_way() {
+  lay_out
+  start_gp --pasta 'C:\Gp'
+  start --cair
+  await grep -q 999-999 "$req/intpos.001"
+  mv "$req/intpos.001" "$c/Gp/Req/"
+  await test -e "$c/Gp/Resp/Intpos.001"
+  crash
+  echo '> queda antes da resposta'
+  journal
+  mv "$req" "$c/Gp/fora"
+  rm -f "$c/Lumetra/Log/Caixora.log"
+  start --retomar
+  await refused_once
+  crash
+  mv "$c/Gp/fora" "$req"
+  restart_windows
+  run_example --retomar
+  echo '> pedidos'
+  requests
+}
+
+# One sale, its receipt without what differs from run to run.
+sell_once() {
+  lay_out
+  start_gp
+  run_example 12.345.678/0001-95 11.222.333/0001-81 12,50 101 | ansi |
+    sed -E 's|^[0-9/]{10} [0-9:]{5}|<data>|; s/^NSU: .*/NSU: <nsu>/; s/\r//'
+  echo '> pedidos'
+  requests
+}
+
+source "scripts/languages/$language.sh"
+set +e  # kept inside: a condition would let the function go on after an error
+(
+  set -e
+  build
+) >"$out/build.log" 2>&1 </dev/null
+status=$?
+set -e
+[ $status -eq 0 ] || { cat "$out/build.log"; fail "não compilou"; }
+
+if [ "$simple" = 1 ]; then
+  expected=tests/languages/venda.txt
+  sell_once >"$got"
+else
+  expected=tests/languages/pdv.txt
+  {
+    sell_and_recover
+    crash_on_the_way
+  } >"$got"
+fi
+diff -u "$expected" "$got" || fail "difere de $expected"
+echo "$language: como esperado"
