@@ -890,6 +890,7 @@ class Caixora {
   /// Confirma ou desfaz uma venda em aberto e a tira do diário, ou lança VendaEmAberto.
   void ConcluirVenda(Inteiro cupom, Desfecho desfecho) {
     ExigirDiario();
+    VerificarPendencia(cupom);
     const auto vendas = diario_.Ler();
     if (std::ranges::find(vendas, std::int32_t{cupom}, &VendaNoDiario::cupom) == vendas.end())
       throw ErroDeUso("Cupom " + std::to_string(cupom) + ": não está em aberto no diário");
@@ -1028,9 +1029,10 @@ class Caixora {
     if (!diario_.Existe()) throw ErroDeUso("diario: nenhum foi configurado");
   }
 
-  static void VerificarPendencia() {
+  /// Só o desfecho do mesmo cupom pode seguir.
+  static void VerificarPendencia(std::optional<std::int32_t> cupom = {}) {
     const std::lock_guard dono(interno::estado.trava);
-    interno::RecusarPendencia();
+    if (interno::estado.pendente != cupom) interno::RecusarPendencia();
   }
   static std::uint64_t Chamadas() {
     const std::lock_guard dono(interno::estado.trava);

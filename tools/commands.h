@@ -1,0 +1,26 @@
+// The commands of the command line: functions of the library, Pausa, Pasta and Fluxo.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "caixora.hpp"
+#include "tools/json_output.h"
+
+namespace caixora {
+
+struct Format {
+  bool raw = false;                  // the bytes of each result and a line end
+  const JsonOutput* json = nullptr;  // or each result as a JSON line
+};
+
+// Runs commands separated by "+", in UTF-8, after checking all of them: an ErroDeUso that can be
+// seen beforehand is thrown before anything is called. True when all of them succeeded.
+bool RunCommands(const caixora_pdv::Biblioteca& library, Format format,
+                 const std::vector<std::string>& arguments);
+
+// The functions with their parameters, a line each.
+void PrintFunctions();
+
+}  // namespace caixora
