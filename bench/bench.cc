@@ -5,7 +5,9 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,7 +18,7 @@
 #include "support/ansi.h"
 #include "support/log.h"
 #include "support/state.h"
-#include "support/windows.h"
+#include "windows/win32.h"
 // After windows.h, which it needs.
 #include <oleauto.h>
 
@@ -92,7 +94,7 @@ int main() {
   const fs::path bin = fs::path(own).parent_path();
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   fs::create_directories("Log");
-  LogVersionText = "1.0.0.0";
+  state.LogVersionText = "1.0.0.0";
 
   const std::string message = "Antes de Remover Arquivo - C:\\Tef_dial\\Req\\Intpos.001";
   const std::string line = "\r\n07/03/2024 09:15:05 ::1.0.0.0:: " + message;
@@ -117,18 +119,21 @@ int main() {
   if (!approved) std::printf("the GP did not approve: the figure counts for nothing\n");
 
   fs::current_path(fs::temp_directory_path());
+  std::ofstream("LD.txt") << "off";  // what follows is about the requests, not their log lines
   PerElement("answer lines", {10, 1000, 100000}, [](int lines) {
     std::string answer;
     for (int i = 0; i < lines; ++i) answer += "029-001 = TEF 0123456789 R$ 12,50\r\n";
     return [answer] { ComposeResult(ParseAnswer(answer)); };
   });
   PerElement("link items", {10, 100, 1000, 10000}, [](int items) {
-    TefArguments arguments({.codigo = 22, .iQtdeItens = items});
+    const auto exchange = std::make_shared<Exchange>();
+    exchange->arguments.codigo = 22;
+    exchange->arguments.iQtdeItens = items;
     for (int i = 0; i < items; ++i)
-      arguments.sItens += std::string(u8"7891¬CAFE TORRADO¬2¬10,50¬0¬21,00|"_ansi);
-    return [arguments] {
-      std::string record;
-      BuildRecord(*FindOperation(22), arguments, record);
+      exchange->arguments.sItens += std::string(u8"7891¬CAFE TORRADO¬2¬10,50¬0¬21,00|"_ansi);
+    return [exchange] {
+      exchange->request = {};
+      BuildRequest(*exchange);
     };
   });
 

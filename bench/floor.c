@@ -20,7 +20,7 @@ void FloorLogLine(const char* line) {
   file = Open("Log\\Caixora.log", GENERIC_READ, OPEN_EXISTING);
   SetFilePointerEx(file, zero, &end, FILE_END);
   CloseHandle(file);
-  file = Open("Log\\Caixora.log", FILE_APPEND_DATA | SYNCHRONIZE, OPEN_ALWAYS);
+  file = Open("Log\\Caixora.log", FILE_APPEND_DATA | GENERIC_READ, OPEN_ALWAYS);
   WriteFile(file, line, (DWORD)strlen(line), &done, NULL);
   CloseHandle(file);
 }

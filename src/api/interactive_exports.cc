@@ -7,8 +7,7 @@
 #include "support/boundary.h"
 #include "system/programs.h"
 
-using caixora::operator""_ansi;
-
+namespace caixora {
 namespace {
 
 // For ConfiguraIntTefInterativo: the developer's own companion and a line that it takes as a test.
@@ -17,38 +16,41 @@ constexpr char kDeveloperProgram[] = "C:\\Trevix\\Trevix.exe";
 constexpr std::string_view kDeveloperLine =
     u8"20¬11222333000181¬1¬999¬1,00¬000545¬20210325¬1¬009¬652¬1¬7"_ansi;
 
-int32_t Code(caixora::FlowCode code) { return static_cast<int32_t>(code); }
+int32_t Code(FlowCode code) { return static_cast<int32_t>(code); }
 
 }  // namespace
+}  // namespace caixora
+
+using namespace caixora;
 
 int32_t IniciaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ, uint32_t uCampo3,
                                  const char* sCampo4, const char* sValor, const char* sCampo6,
                                  const char* sCampo7, const char* sCampo8, const char* sCampo9,
                                  uint32_t uCampo10, const char* /*sCampo11*/) {
-  return Code(caixora::StartClient(
+  return Code(StartClient(
       {uFuncao, sCNPJ, uCampo3, sCampo4, sValor, sCampo6, sCampo7, sCampo8, sCampo9, uCampo10}));
 }
 
-CaixoraTexto AguardaFuncaoQJInterativo(void) { return caixora::AwaitQuestion().release(); }
+CaixoraTexto AguardaFuncaoQJInterativo(void) { return AwaitQuestion().release(); }
 
 int32_t ContinuaFuncaoQJInterativo(const char* sInformacao) {
-  return Code(caixora::AnswerQuestion(sInformacao));
+  return Code(AnswerQuestion(sInformacao));
 }
 
 int32_t FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ, uint32_t uCampo3,
                                    const char* sCampo4, const char* sValor, const char* sCampo6,
                                    const char* sCampo7, const char* sCampo8, const char* sCampo9,
                                    uint32_t uCampo10, const char* /*sCampo11*/) {
-  return Code(caixora::FinishFlow(
+  return Code(FinishFlow(
       {uFuncao, sCNPJ, uCampo3, sCampo4, sValor, sCampo6, sCampo7, sCampo8, sCampo9, uCampo10}));
 }
 
-int32_t CancelarFluxoQJInterativo(void) { return Code(caixora::CancelFlow()); }
+int32_t CancelarFluxoQJInterativo(void) { return Code(CancelFlow()); }
 
 int32_t ConfiguraIntTefInterativo(void) {
   const auto open = [] {
-    caixora::ShellOpenDefault(kDeveloperProgram, std::string(kDeveloperLine), kDeveloperFolder);
+    ShellOpenDefault(kDeveloperProgram, std::string(kDeveloperLine), kDeveloperFolder);
   };
-  caixora::Guarded(open, [] {});
+  Guarded(open, [] {});
   return 0;
 }

@@ -5,6 +5,31 @@
 #include <cstdint>
 
 namespace caixora {
+namespace {
+
+constexpr std::uint64_t kMillion = 1000000;
+
+// The fraction, below 1, in millionths; a tie goes to the even one, as printf has it. Exact: the
+// fraction is mantissa / 2^shift, and the product's 73 bits are kept as high * 2^27 + low.
+std::uint64_t Millionths(double fraction) {
+  int exponent = 0;
+  const double scaled = std::ldexp(std::frexp(fraction, &exponent), 53);
+  const auto mantissa = static_cast<std::uint64_t>(scaled);
+  std::uint64_t low = (mantissa & 0x7FFFFFF) * kMillion;
+  const std::uint64_t high = (mantissa >> 27) * kMillion + (low >> 27);
+  low &= 0x7FFFFFF;
+
+  const int shift = 53 - exponent - 27;
+  if (shift >= 64) return 0;
+  const std::uint64_t quotient = high >> shift;
+  const std::uint64_t rest = high - (quotient << shift);
+  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+  const bool tie = rest == half && low == 0;
+  const bool up = tie ? quotient % 2 == 1 : rest >= half;
+  return quotient + (up ? 1 : 0);
+}
+
+}  // namespace
 
 bool IsSendableAmount(double reais) noexcept {
   // Looked at as bits first: Pascal hosts run with floating-point exceptions on, and there the mere
@@ -15,23 +40,13 @@ bool IsSendableAmount(double reais) noexcept {
 }
 
 std::string PrintAmount(double reais) {
-  // reais is mantissa / 2^shift exactly; 128 bits hold the mantissa's 53 with the 20 of a million.
-  __extension__ using Wide = unsigned __int128;
-  int exponent = 0;
-  const double fraction = std::frexp(reais, &exponent);
-  const Wide scaled = Wide{static_cast<std::uint64_t>(std::ldexp(fraction, 53))} * 1000000;
-  const int shift = 53 - exponent;
-
-  std::uint64_t millionths = 0;
-  if (shift < 128) {
-    millionths = static_cast<std::uint64_t>(scaled >> shift);
-    const Wide rest = scaled & ((Wide{1} << shift) - 1);
-    const Wide half = Wide{1} << (shift - 1);
-    if (rest > half || (rest == half && millionths % 2 == 1)) ++millionths;
-  }
-  std::string decimals = std::to_string(millionths % 1000000);
+  std::uint64_t whole = static_cast<std::uint32_t>(reais);
+  std::uint64_t millionths = Millionths(reais - static_cast<double>(whole));
+  whole += millionths / kMillion;
+  millionths %= kMillion;
+  std::string decimals = std::to_string(millionths);
   decimals.insert(0, 6 - decimals.size(), '0');
-  return std::to_string(millionths / 1000000) + "." + decimals;
+  return std::to_string(whole) + "." + decimals;
 }
 
 std::string FormatarValor(double reais) {

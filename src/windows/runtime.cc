@@ -1,4 +1,4 @@
-// What of the C++ runtime the DLL brings itself, in the place of the compiler's.
+// What of GCC's C++ runtime the DLL brings itself, in the place of the compiler's.
 //
 // The compiler's own parts take memory when a DLL is loaded (a pool for exceptions) or at a
 // thread's first exception (its record, a lock), end the process where there is none, and give some
@@ -10,8 +10,6 @@
 #include <cstring>
 
 #include "windows/win32.h"
-
-#if defined(__GNUC__)
 
 namespace {
 
@@ -48,6 +46,8 @@ ThreadRecord* Find(DWORD thread) noexcept {
 
 }  // namespace
 
+// Names of the runtime, each declared because no header does.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-redundant-declaration)
 extern "C" {
 
 void* __cxa_allocate_exception(std::size_t size) noexcept;
@@ -99,5 +99,4 @@ namespace __gnu_cxx {
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() { std::abort(); }
 }  // namespace __gnu_cxx
-
-#endif
+// NOLINTEND(bugprone-reserved-identifier,readability-redundant-declaration)
