@@ -108,11 +108,12 @@ async function cair() {
   const esteProcesso = kernel.func('void *GetCurrentProcess()');
   const encerrar = kernel.func('bool TerminateProcess(void *processo, uint32_t codigo)');
   const venda = { funcao: 'vendeCreditoVista', valor: '20,00', cupom: 105 };
-  await caixora.venderEConfirmar(venda, async (resultado) => {
+  const { situacao, motivo } = await caixora.venderEConfirmar(venda, async (resultado) => {
     const linha = `${linhaDaAprovacao(resultado)}\n`;
     await new Promise((escrita) => process.stdout.write(linha, escrita));
     encerrar(esteProcesso(), 9);
   });
+  throw new Error(`o PDV não caiu: venda ${situacao}, ${motivo}`);
 }
 
 async function retomar() {
