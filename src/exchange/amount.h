@@ -16,8 +16,8 @@ std::string PrintAmount(double reais);
 // REQUIRES IsSendableAmount.
 //
 // The text keeps as many digits of PrintAmount as the whole part has, and two more. An amount that
-// six decimals round up to a longer whole part therefore loses a digit: 9.9999999 is "100". It has
-// always been so; hosts round to cents first.
+// six decimals round up to a longer whole part therefore loses a digit: 9.9999999 is "100". GPs and
+// hosts agree on these digits, and hosts round to cents first.
 std::string FormatarValor(double reais);
 
 }  // namespace caixora
