@@ -4,7 +4,7 @@
 //
 //    node pdv.js               os cinco, em sequência
 //    node pdv.js --cair        o PDV cai entre a aprovação e a confirmação
-//    node pdv.js --retomar     o PDV volta e desfaz o que ficou em aberto
+//    node pdv.js --retomar     o PDV volta e conclui o que ficou em aberto
 
 const koffi = require('koffi');
 const { Caixora } = require('caixora');
@@ -122,9 +122,10 @@ async function retomar() {
   if (vendas.length === 0) console.log('Nada em aberto');
   for (const { cupom, valorCentavos, estado } of vendas) {
     console.log(`Cupom ${cupom}: em aberto (${estado}), ${reais(valorCentavos)}`);
-    // Este exemplo não guarda suas vendas; quem guarda confirma as que encontrar.
-    await caixora.concluirVenda(cupom, 'desfazer');
-    console.log(`Cupom ${cupom}: desfeita`);
+    // Este exemplo não guarda suas vendas; quem guarda confirma também as aprovadas que encontrar.
+    const confirmar = estado === 'confirmar';
+    await caixora.concluirVenda(cupom, confirmar ? 'confirmar' : 'desfazer');
+    console.log(`Cupom ${cupom}: ${confirmar ? 'confirmada' : 'desfeita'}`);
   }
 }
 
