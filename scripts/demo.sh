@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs a credit sale through the real DLL against the simulated
-# GP; with the argument "interativo", an interactive flow with the simulated companion instead.
-source "$(dirname "$0")/lib.sh"
+# Installs what is missing, builds, and runs a credit sale through the real DLL against the
+# simulated GP; with the argument "interativo", an interactive flow with the simulated companion
+# instead.
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
+[ $# -eq 0 ] || [ "$*" = interativo ] || stop 'Uso: scripts/demo.sh [interativo]'
 install_missing
-build windows caixora clientorvane_simulador Trevix Email taskkill caixora_host
+build windows caixora clientorvane_simulador Trevix Email caixora_host
 make_prefix
 
 c=$WINEPREFIX/drive_c
 bin=$PWD/build/windows/bin
-rm -rf "$c/caixa" "$c/Lumetra" "$c/Tef_Dial" "$c/Trevix"
+rm -rf "$WINEPREFIX"/drive_[c-f]/Tef_Dial "$c"/{caixa,Lumetra,Trevix}
 mkdir -p "$c/caixa" "$c/Lumetra" "$c/Tef_Dial/Req" "$c/Tef_Dial/Resp" "$c/Trevix"
 cp "$bin/Caixora.dll" "$bin/caixora_host.exe" "$c/caixa/"
 cd "$c/caixa"
@@ -35,4 +37,3 @@ iconv -f WINDOWS-1252 -t UTF-8 "$c/Lumetra/Pedidos.txt"
 echo '== Log da biblioteca'
 iconv -f WINDOWS-1252 -t UTF-8 "$c/Lumetra/Log/Caixora.log"
 echo
-wine taskkill.exe /F /T /IM clientorvane_simulador.exe >/dev/null 2>&1 || true

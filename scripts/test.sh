@@ -1,15 +1,32 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds everything and runs all tests: the core natively under sanitizers,
-# then again, with the edge and the real DLL, under Wine.
-source "$(dirname "$0")/lib.sh"
+# Installs what is missing, builds everything and runs all tests: the core natively under
+# sanitizers, then again, with the edge and the real DLL, under Wine, then the example of each
+# language.
+#
+#   --sem-linguagens  leaves the examples out
+#   --disco-cheio     mounts a small disk (as root) for the one test that fills it, else skipped
+#
+# Other arguments go to ctest.
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
+arguments=()
+full_disk=
+for argument in "$@"; do
+  case $argument in
+    --sem-linguagens) arguments+=(-LE linguagens) ;;
+    --disco-cheio) full_disk=$WINEPREFIX/drive_f ;;
+    *) arguments+=("$argument") ;;
+  esac
+done
+
 install_missing
 build native
 build windows
 make_prefix
-# A disk that is easily full, where mounting is allowed; else that one test is skipped.
-if mount -t tmpfs -o size=64k caixora-full "$WINEPREFIX/drive_f" 2>/dev/null; then
-  trap 'wineserver -k >/dev/null 2>&1 || true; umount -l "$WINEPREFIX/drive_f"' EXIT
+if [ -n "$full_disk" ]; then
+  mountpoint -q "$full_disk" || mount -t tmpfs -o size=64k caixora-disco-cheio "$full_disk" ||
+    stop 'Sem permissão para montar o disco pequeno: repita sem --disco-cheio.'
+  trap 'wineserver -k >/dev/null 2>&1 || true; umount -l "$full_disk"' EXIT
 fi
 # One run, and one count, over both build folders.
 printf 'subdirs("native" "windows")\n' >build/CTestTestfile.cmake
-ctest --test-dir build --output-on-failure "$@"
+ctest --test-dir build --output-on-failure "${arguments[@]}"
