@@ -77,6 +77,7 @@ static int PrintReceipt(const char* result) {
  * Confirms or undoes. A refused call is repeated, before anything else is called: it may only have
  * found the GP closed and started it. Returns 1 when the request was written.
  */
+/* trecho: desfecho */
 static int Finish(AfterSale finish, const char* shop, const char* partner, int32_t coupon) {
   for (int attempt = 1; attempt <= 5; ++attempt) {
     if (attempt > 1) Sleep(2000);
@@ -88,6 +89,7 @@ static int Finish(AfterSale finish, const char* shop, const char* partner, int32
   }
   return 0;
 }
+/* fim do trecho */
 
 int main(int argc, char** argv) {
   const double amount = argc == 5 ? ReadAmount(argv[3]) : 0;
@@ -110,6 +112,7 @@ int main(int argc, char** argv) {
   const AfterSale undo = (AfterSale)Find(library, "Desfazimento");
   SetConsoleOutputCP(1252); /* results are Windows-1252 bytes, not UTF-16 */
 
+  /* trecho: venda */
   /* The call lasts as long as the customer takes: run it beside the user interface's thread. */
   CaixoraTexto text = sell(shop, partner, amount, coupon, reader);
   const char* result = (const char*)text; /* SysStringByteLen(text) bytes and a final zero */
@@ -127,6 +130,7 @@ int main(int argc, char** argv) {
     }
   }
   SysFreeString(text);
+  /* fim do trecho */
   FreeLibrary(library);
   return code;
 }

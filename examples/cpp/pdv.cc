@@ -30,6 +30,7 @@ void MostrarAprovada(const Venda& venda, const Resultado& resultado) {
             << " linhas de comprovante" << std::endl;
 }
 
+// trecho: venda
 void Vender(Caixora& caixora, const Venda& venda) {
   const auto fim = caixora.VenderEConfirmar(
       venda, [&](const Resultado& resultado) { MostrarAprovada(venda, resultado); });
@@ -46,7 +47,9 @@ void Vender(Caixora& caixora, const Venda& venda) {
       break;
   }
 }
+// fim do trecho
 
+// trecho: desfazer
 void VenderSemPapel(Caixora& caixora, const Venda& venda) {
   struct SemPapel : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -60,6 +63,7 @@ void VenderSemPapel(Caixora& caixora, const Venda& venda) {
     std::cout << erro.what() << "\nCupom " << venda.cupom << ": desfeita\n";
   }
 }
+// fim do trecho
 
 void Conversar(Caixora& caixora) {
   int perguntas = 0;
@@ -84,9 +88,11 @@ void Conversar(Caixora& caixora) {
 }
 
 void UmDia(Caixora& caixora) {
+  // trecho: chamada
   caixora.AguardarGp(10);
   std::cout << "GP ativo\n== 1. Venda confirmada\n";
   Vender(caixora, {Centavos{1250}, 101, &Caixora::VendeCreditoVista});
+  // fim do trecho
   std::cout << "== 2. Recusa\n";
   Vender(caixora, {Centavos{1002}, 102, &Caixora::VendeDebito});
   std::cout << "== 3. Link de pagamento com acentos\n";
@@ -131,9 +137,11 @@ int main(int argc, char** argv) {
   ::SetConsoleOutputCP(CP_UTF8);
   ::_setmode(::_fileno(stdout), _O_BINARY);
   try {
+    // trecho: abrir
     Caixora caixora({.cnpj_cliente = "12.345.678/0001-95",
                      .cnpj_parceiro = "11.222.333/0001-81",
                      .diario = L"diario.txt"});
+    // fim do trecho
     const std::string_view modo = argc > 1 ? argv[1] : "";
     if (modo == "--cair") {
       Cair(caixora);

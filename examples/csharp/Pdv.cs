@@ -24,6 +24,7 @@ internal static class Pdv
     {
         try
         {
+            // trecho: abrir
             caixora = new Caixora(new Configuracao
             {
                 CnpjCliente = "12.345.678/0001-95",
@@ -31,6 +32,7 @@ internal static class Pdv
                 Leitor = 1,
                 Diario = "diario.txt"
             });
+            // fim do trecho
             if (argumentos.Contains("--cair"))
                 Cair();
             else if (argumentos.Contains("--retomar"))
@@ -52,7 +54,9 @@ internal static class Pdv
         Saida.WriteLine("GP ativo");
 
         Saida.WriteLine("== 1. Venda confirmada");
+        // trecho: chamada
         Vender(Venda.CreditoVista(12.50m, 101));
+        // fim do trecho
 
         Saida.WriteLine("== 2. Recusa");
         Vender(Venda.Debito(10.02m, 102));
@@ -66,6 +70,7 @@ internal static class Pdv
         Vender(Venda.LinkPagamento(1, 31.50m, 103, itens, "Pão & Cia", ""));
 
         Saida.WriteLine("== 4. Venda desfeita");
+        // trecho: desfazer
         try
         {
             caixora.VenderEConfirmar(Venda.CreditoVista(40.00m, 104), resultado =>
@@ -79,11 +84,13 @@ internal static class Pdv
             Saida.WriteLine(erro.Message);
             Saida.WriteLine("Cupom 104: desfeita");
         }
+        // fim do trecho
 
         Saida.WriteLine("== 5. Fluxo interativo");
         ConduzirFluxo();
     }
 
+    // trecho: venda
     // O PDV de verdade gravaria a venda e imprimiria o comprovante antes de devolver true.
     private static bool MostrarAprovada(Resultado resultado)
     {
@@ -100,6 +107,7 @@ internal static class Pdv
             ? $"Cupom {venda.Cupom}: {situacao}"
             : $"Cupom {venda.Cupom}: {situacao}, {fim.Motivo}");
     }
+    // fim do trecho
 
     private static void ConduzirFluxo()
     {
@@ -139,6 +147,7 @@ internal static class Pdv
     private static void Retomar()
     {
         Saida.WriteLine("== Retomada");
+        // trecho: retomar
         var vendas = caixora.VendasEmAberto();
         if (vendas.Count == 0)
             Saida.WriteLine("Nada em aberto");
@@ -152,6 +161,7 @@ internal static class Pdv
             caixora.ConcluirVenda(venda.Cupom, confirmar ? Desfecho.Confirmar : Desfecho.Desfazer);
             Saida.WriteLine($"Cupom {venda.Cupom}: {(confirmar ? "confirmada" : "desfeita")}");
         }
+        // fim do trecho
     }
 
     private static string Reais(long? centavos)

@@ -16,12 +16,14 @@ import (
 )
 
 func main() {
+	// trecho: abrir
 	pdv, err := caixora.Nova(caixora.Configuracao{
 		CNPJCliente:  "12.345.678/0001-95",
 		CNPJParceiro: "11.222.333/0001-81",
 		Leitor:       1,
 		Diario:       "diario.txt",
 	})
+	// fim do trecho
 	if err == nil {
 		switch {
 		case len(os.Args) == 1:
@@ -49,9 +51,11 @@ func demonstrar(pdv *caixora.Caixora) error {
 	fmt.Println("GP ativo")
 
 	fmt.Println("== 1. Venda confirmada")
+	// trecho: chamada
 	if err := vender(pdv, caixora.CreditoVista(1250, 101), imprimir); err != nil {
 		return err
 	}
+	// fim do trecho
 
 	fmt.Println("== 2. Recusa")
 	if err := vender(pdv, caixora.Debito(1002, 102), imprimir); err != nil {
@@ -69,6 +73,7 @@ func demonstrar(pdv *caixora.Caixora) error {
 	}
 
 	fmt.Println("== 4. Venda desfeita")
+	// trecho: desfazer
 	semPapel := func(r caixora.Resultado) error {
 		if err := imprimir(r); err != nil {
 			return err
@@ -76,6 +81,7 @@ func demonstrar(pdv *caixora.Caixora) error {
 		return errSemPapel
 	}
 	err := vender(pdv, caixora.CreditoVista(4000, 104), semPapel)
+	// fim do trecho
 	if !errors.Is(err, errSemPapel) {
 		return fmt.Errorf("esperava %q, veio %v", errSemPapel, err)
 	}
@@ -83,6 +89,8 @@ func demonstrar(pdv *caixora.Caixora) error {
 	fmt.Println("== 5. Fluxo interativo")
 	return conversar(pdv)
 }
+
+// trecho: venda
 
 // imprimir é onde um PDV registra a venda e imprime o comprovante.
 func imprimir(r caixora.Resultado) error {
@@ -106,6 +114,8 @@ func vender(pdv *caixora.Caixora, venda caixora.Venda,
 	}
 	return err
 }
+
+// fim do trecho
 
 func conversar(pdv *caixora.Caixora) error {
 	inicio := caixora.InicioFluxo{

@@ -7,6 +7,7 @@
 //    node pdv.js --retomar     o PDV volta e conclui o que ficou em aberto
 
 const koffi = require('koffi');
+// trecho: abrir
 const { Caixora } = require('caixora');
 
 const caixora = new Caixora({
@@ -15,6 +16,7 @@ const caixora = new Caixora({
   leitor: 1,
   diario: 'diario.txt',
 });
+// fim do trecho
 
 function reais(centavos) {
   return `R$ ${Math.floor(centavos / 100)},${String(centavos % 100).padStart(2, '0')}`;
@@ -25,22 +27,29 @@ function linhaDaAprovacao({ campos, valorCentavos, mensagem, comprovante }) {
   return `Cupom ${campos.cupom}: aprovada, ${reais(valorCentavos)}, ${mensagem}, ${linhas}`;
 }
 
+// trecho: venda
 /** Um PDV de verdade grava a venda e imprime o comprovante aqui. */
 async function registrar(resultado) {
   console.log(linhaDaAprovacao(resultado));
 }
+// fim do trecho
 
+// trecho: desfazer
 async function registrarSemPapel(resultado) {
   await registrar(resultado);
   throw new Error('Impressora sem papel');
 }
+// fim do trecho
 
+// trecho: venda
 async function vender(venda, situacaoEsperada) {
   const { situacao, motivo } = await caixora.venderEConfirmar(venda, registrar);
   console.log(`Cupom ${venda.cupom}: ${situacao}${motivo && `, ${motivo}`}`);
   if (situacao !== situacaoEsperada) process.exitCode = 1;
 }
+// fim do trecho
 
+// trecho: desfazer
 async function desfazer() {
   const venda = { funcao: 'vendeCreditoVista', valor: '40,00', cupom: 104 };
   try {
@@ -52,7 +61,9 @@ async function desfazer() {
     console.log('Cupom 104: desfeita');
   }
 }
+// fim do trecho
 
+// trecho: fluxo
 async function conduzirFluxo() {
   const respostas = ['3', '1'];
   const inicio = {
@@ -68,12 +79,15 @@ async function conduzirFluxo() {
   if (!concluido) throw new Error(`o fluxo não terminou: ${motivo}`);
   console.log(`Retorno: STATUS ${campos.STATUS}, VALOR ${campos.VALOR}, ${campos.MENSAGEM}`);
 }
+// fim do trecho
 
 async function demonstrar() {
   await caixora.aguardarGp();
   console.log('GP ativo');
   console.log('== 1. Venda confirmada');
+  // trecho: chamada
   await vender({ funcao: 'vendeCreditoVista', valor: '12,50', cupom: 101 }, 'confirmada');
+  // fim do trecho
   console.log('== 2. Recusa');
   await vender({ funcao: 'vendeDebito', valor: '10,02', cupom: 102 }, 'recusada');
   console.log('== 3. Link de pagamento com acentos');

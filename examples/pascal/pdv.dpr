@@ -45,8 +45,10 @@ end;
 
 constructor TPdv.Create;
 begin
+  // trecho: abrir
   FCaixa := TCaixora.Create('12.345.678/0001-95', '11.222.333/0001-81');
   FCaixa.Diario := 'diario.txt';
+  // fim do trecho
 end;
 
 destructor TPdv.Destroy;
@@ -64,11 +66,13 @@ begin
     Resultado.Mensagem + ', ' + Numero(Length(Resultado.Comprovante)) + ' linhas de comprovante');
 end;
 
+// trecho: desfazer
 procedure TPdv.FicarSemPapel(const Resultado: TResultado);
 begin
   MostrarAprovada(Resultado);
   raise Exception.Create('Impressora sem papel');
 end;
+// fim do trecho
 
 procedure TPdv.Cair(const Resultado: TResultado);
 begin
@@ -76,6 +80,7 @@ begin
   TerminateProcess(GetCurrentProcess, 9);
 end;
 
+// trecho: venda
 procedure TPdv.Vender(const Venda: TVenda; AoAprovar: TAoAprovar);
 var
   Concluida: TVendaConcluida;
@@ -89,7 +94,9 @@ begin
     svDesfeita: Escrever(Cupom + 'desfeita, ' + Concluida.Motivo);
   end;
 end;
+// fim do trecho
 
+// trecho: fluxo
 function TPdv.Responder(const Pergunta: UnicodeString; var Resposta: UnicodeString): Boolean;
 begin
   Resposta := '1';
@@ -118,13 +125,16 @@ begin
   Escrever('Retorno: STATUS ' + Fluxo.Campo('STATUS') + ', VALOR ' + Fluxo.Campo('VALOR') + ', ' +
     Fluxo.Campo('MENSAGEM'));
 end;
+// fim do trecho
 
 procedure TPdv.Demonstrar;
 begin
   FCaixa.AguardarGp(10);
   Escrever('GP ativo');
   Escrever('== 1. Venda confirmada');
+  // trecho: chamada
   Vender(TVenda.VendeCreditoVista(Reais(12.50), 101), MostrarAprovada);
+  // fim do trecho
   Escrever('== 2. Recusa');
   Vender(TVenda.VendeDebito(Centavos(1002), 102), MostrarAprovada);
   Escrever('== 3. Link de pagamento com acentos');
@@ -133,6 +143,7 @@ begin
      ItemLink('7892', 'AÇÚCAR', 1, Reais(10.50), Reais(0), Reais(10.50))],
     'Pão & Cia', ''), MostrarAprovada);
   Escrever('== 4. Venda desfeita');
+  // trecho: desfazer
   try
     Vender(TVenda.VendeCreditoVista(Centavos(4000), 104), FicarSemPapel);
   except
@@ -144,6 +155,7 @@ begin
       Escrever('Cupom 104: desfeita');
     end;
   end;
+  // fim do trecho
   Escrever('== 5. Fluxo interativo');
   FluxoInterativo;
 end;

@@ -42,6 +42,7 @@ class PonteCaiu(Erro):
 class Ponte:
     """O processo filho. Uma chamada por vez."""
 
+    # trecho: chamar
     def __init__(self, comando):
         self.processo = subprocess.Popen(comando, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                          encoding="utf-8")
@@ -65,6 +66,7 @@ class Ponte:
         if "erro" in resposta:  # uso errado: a DLL não foi chamada
             raise Erro(resposta["erro"])
         return resposta
+    # fim do trecho
 
     def pagar(self, funcao, **args):
         if self.pendente is not None:

@@ -26,12 +26,14 @@ Module Pdv
 
     Function Main(argumentos As String()) As Integer
         Try
+            ' trecho: abrir
             caixora = New Caixora(New Configuracao With {
                 .CnpjCliente = "12.345.678/0001-95",
                 .CnpjParceiro = "11.222.333/0001-81",
                 .Leitor = 1,
                 .Diario = "diario.txt"
             })
+            ' fim do trecho
             If argumentos.Contains("--cair") Then
                 Cair()
             ElseIf argumentos.Contains("--retomar") Then
@@ -51,7 +53,9 @@ Module Pdv
         Saida.WriteLine("GP ativo")
 
         Saida.WriteLine("== 1. Venda confirmada")
+        ' trecho: chamada
         Vender(Venda.CreditoVista(12.5D, 101))
+        ' fim do trecho
 
         Saida.WriteLine("== 2. Recusa")
         Vender(Venda.Debito(10.02D, 102))
@@ -64,35 +68,43 @@ Module Pdv
         Vender(Venda.LinkPagamento(1, 31.5D, 103, itens, "Pão & Cia", ""))
 
         Saida.WriteLine("== 4. Venda desfeita")
+        ' trecho: desfazer
         Try
             caixora.VenderEConfirmar(Venda.CreditoVista(40D, 104), AddressOf FalharAoImprimir)
         Catch erro As InvalidOperationException
             Saida.WriteLine(erro.Message)
             Saida.WriteLine("Cupom 104: desfeita")
         End Try
+        ' fim do trecho
 
         Saida.WriteLine("== 5. Fluxo interativo")
         ConduzirFluxo()
     End Sub
 
+    ' trecho: venda
     ' O PDV de verdade gravaria a venda e imprimiria o comprovante antes de devolver True.
     Private Function MostrarAprovada(resultado As Resultado) As Boolean
         Saida.WriteLine($"Cupom {resultado.Cupom}: aprovada, {Reais(resultado.ValorCentavos)}, " &
             $"{resultado.Mensagem}, {resultado.Comprovante.Count} linhas de comprovante")
         Return True
     End Function
+    ' fim do trecho
 
+    ' trecho: desfazer
     Private Function FalharAoImprimir(resultado As Resultado) As Boolean
         MostrarAprovada(resultado)
         Throw New InvalidOperationException("Impressora sem papel")
     End Function
+    ' fim do trecho
 
+    ' trecho: venda
     Private Sub Vender(venda As Venda)
         Dim fim = caixora.VenderEConfirmar(venda, AddressOf MostrarAprovada)
         Dim linha = $"Cupom {venda.Cupom}: {fim.Situacao.ToString().ToLowerInvariant()}"
         If fim.Situacao <> Situacao.Confirmada Then linha &= ", " & fim.Motivo
         Saida.WriteLine(linha)
     End Sub
+    ' fim do trecho
 
     Private Sub ConduzirFluxo()
         Dim inicio As New InicioFluxo(funcao:=20, valor:=12.5D, funcaoFim:=99) With {
