@@ -23,16 +23,16 @@ Refusal LogVersions(Exchange&) {
 
 // The routine, in order; the first refusal ends it.
 constexpr Phase kPhases[] = {
-    LocateGp,     //
-    LogVersions,  //
-    ValidateArguments,
-    CleanFolders,  //
-    CheckGp,       // starts a GP that does not run, and ends the call
-    BuildRequest,  //
-    WriteRequest,  // from here on the GP may see it
-    HandOver,      // until the GP has taken it; confirmations are answered here
-    AwaitAnswer,   // as long as the GP lives
-    ReadAnswer,    //
+    LocateGp,           // and its exchange folder
+    LogVersions,        // in the folder just found
+    ValidateArguments,  // before any file is touched
+    CleanFolders,       // of what an earlier call left
+    CheckGp,            // starts a GP that does not run, and ends the call
+    BuildRequest,       // may refuse the items
+    WriteRequest,       // from here on the GP may see it
+    HandOver,           // until the GP has taken it; confirmations are answered here
+    AwaitAnswer,        // as long as the GP lives
+    ReadAnswer,         // makes the result
 };
 
 ResultString Run(const TefCall& call, Exchange& exchange) {
