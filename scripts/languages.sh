@@ -5,7 +5,7 @@
 #
 # scripts/languages/<language>.sh defines build, which makes the example in $out and keeps what it
 # fetches in $kit, and run, which runs it in the current folder.
-source "$(dirname "$0")/lib.sh"
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 
 if [ $# -ne 1 ]; then
   [ $# -gt 0 ] || set -- c cpp pascal csharp vb node go ponte
@@ -18,6 +18,8 @@ if [ $# -ne 1 ]; then
 fi
 
 language=$1
+script=scripts/languages/$language.sh
+[ -e "$script" ] || stop "Falta $script."
 root=$PWD
 kit=$root/build/languages/kit
 out=$root/build/languages/$language
@@ -25,7 +27,6 @@ c=$WINEPREFIX/drive_c
 req=$c/Tef_Dial/Req
 got=$out/obtido.txt
 host=
-simple=0
 
 install_missing
 if [ -z "${bin:-}" ]; then  # a test brings the folder that it was built in
@@ -59,15 +60,8 @@ await() {
   done
 }
 
-# No program of an earlier run, such as the GP, is left.
-restart_windows() {
-  wineserver -k >/dev/null 2>&1 || true
-  wineserver -w
-  make_prefix
-}
-
 lay_out() {
-  restart_windows
+  make_prefix  # and no program runs, not even the GP
   rm -rf "$WINEPREFIX"/drive_[c-f]/Tef_Dial "$c"/{caixa,Lumetra,Trevix,TrevixLog,Gp}
   mkdir -p "$c"/{caixa,Lumetra,Trevix,Gp} "$req" "$c/Tef_Dial/Resp"
   : >"$c/Tef_Dial/Tef_Dial.exe"
@@ -87,6 +81,7 @@ start_gp() {
 start() {
   set -m
   (
+    source "$script"
     cd "$c/caixa"
     run "$@"
   ) >"$out/stdout" 2>"$out/stderr" </dev/null &
@@ -156,7 +151,7 @@ crash_on_the_way() {
   await refused_once
   crash
   mv "$c/Gp/fora" "$req"
-  restart_windows
+  make_prefix
   run_example --retomar
 }
 
@@ -183,17 +178,17 @@ sell_once() {
   requests
 }
 
-source "scripts/languages/$language.sh"
 set +e  # kept inside: a condition would let the function go on after an error
 (
   set -e
+  source "$script"
   build
 ) >"$out/build.log" 2>&1 </dev/null
 status=$?
 set -e
 [ $status -eq 0 ] || { cat "$out/build.log"; fail "não compilou"; }
 
-if [ "$simple" = 1 ]; then
+if grep -q '^simple=1' "$script"; then
   expected=tests/languages/venda.txt
   sell_once >"$got"
 else
