@@ -9,12 +9,12 @@
 # several places, are set apart by an empty line.
 #
 # scripts/guide.sh --confere writes nothing, and fails where the guide differs from the examples.
-source "$(dirname "$0")/lib.sh"
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 
 guide=docs/guia.md
 case "$*" in
   '' | --confere) ;;
-  *) echo "Usage: scripts/guide.sh [--confere]" >&2; exit 2 ;;
+  *) stop 'Uso: scripts/guide.sh [--confere]' ;;
 esac
 filled=$(mktemp)
 trap 'rm -f "$filled"' EXIT
@@ -87,10 +87,8 @@ if skipping:
 PYTHON
 
 if [ "${1:-}" = --confere ]; then
-  diff -u "$guide" "$filled" || {
-    echo 'The guide differs from the examples; to mend: scripts/guide.sh' >&2
-    exit 1
-  }
+  diff -u "$guide" "$filled" ||
+    stop 'O guia difere dos exemplos; para acertá-lo: scripts/guide.sh'
 else
   cmp -s "$guide" "$filled" || cat "$filled" >"$guide"
 fi

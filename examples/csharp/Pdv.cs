@@ -90,7 +90,6 @@ internal static class Pdv
         ConduzirFluxo();
     }
 
-    // trecho: venda
     // O PDV de verdade gravaria a venda e imprimiria o comprovante antes de devolver true.
     private static bool MostrarAprovada(Resultado resultado)
     {
@@ -99,6 +98,7 @@ internal static class Pdv
         return true;
     }
 
+    // trecho: venda
     private static void Vender(Venda venda)
     {
         var fim = caixora.VenderEConfirmar(venda, MostrarAprovada);

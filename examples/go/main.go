@@ -90,8 +90,6 @@ func demonstrar(pdv *caixora.Caixora) error {
 	return conversar(pdv)
 }
 
-// trecho: venda
-
 // imprimir é onde um PDV registra a venda e imprime o comprovante.
 func imprimir(r caixora.Resultado) error {
 	valor, _ := r.ValorCentavos()
@@ -99,6 +97,8 @@ func imprimir(r caixora.Resultado) error {
 		r.Cupom, valor, r.Mensagem, len(r.Comprovante))
 	return err
 }
+
+// trecho: venda
 
 func vender(pdv *caixora.Caixora, venda caixora.Venda,
 	aoAprovar func(caixora.Resultado) error) error {

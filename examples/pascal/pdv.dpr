@@ -96,7 +96,6 @@ begin
 end;
 // fim do trecho
 
-// trecho: fluxo
 function TPdv.Responder(const Pergunta: UnicodeString; var Resposta: UnicodeString): Boolean;
 begin
   Resposta := '1';
@@ -125,7 +124,6 @@ begin
   Escrever('Retorno: STATUS ' + Fluxo.Campo('STATUS') + ', VALOR ' + Fluxo.Campo('VALOR') + ', ' +
     Fluxo.Campo('MENSAGEM'));
 end;
-// fim do trecho
 
 procedure TPdv.Demonstrar;
 begin

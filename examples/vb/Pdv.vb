@@ -81,14 +81,12 @@ Module Pdv
         ConduzirFluxo()
     End Sub
 
-    ' trecho: venda
     ' O PDV de verdade gravaria a venda e imprimiria o comprovante antes de devolver True.
     Private Function MostrarAprovada(resultado As Resultado) As Boolean
         Saida.WriteLine($"Cupom {resultado.Cupom}: aprovada, {Reais(resultado.ValorCentavos)}, " &
             $"{resultado.Mensagem}, {resultado.Comprovante.Count} linhas de comprovante")
         Return True
     End Function
-    ' fim do trecho
 
     ' trecho: desfazer
     Private Function FalharAoImprimir(resultado As Resultado) As Boolean
