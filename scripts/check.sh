@@ -54,6 +54,9 @@ done
 clang --target=i686-w64-mingw32 -isystem /usr/x86_64-w64-mingw32/include -fsyntax-only -x c \
   include/caixora.h 2>&1 | grep -q 'error: "Caixora.dll is for 64-bit hosts'
 
+echo '== the guide shows the examples as they are'
+scripts/guide.sh --confere
+
 echo '== imports of the DLL: system libraries alone'
 build windows caixora
 x86_64-w64-mingw32-objdump -p build/windows/bin/Caixora.dll | sed -n 's/.*DLL Name: //p' |

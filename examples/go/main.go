@@ -159,7 +159,8 @@ func cair(pdv *caixora.Caixora) error {
 	})
 }
 
-// retomar desfaz tudo: este exemplo não guarda registros em que procurar uma venda aprovada.
+// retomar confirma o que já estava decidido e desfaz o resto: este exemplo não guarda registros em
+// que procurar uma venda aprovada.
 func retomar(pdv *caixora.Caixora) error {
 	fmt.Println("== Retomada")
 	vendas, err := pdv.VendasEmAberto()
@@ -171,10 +172,14 @@ func retomar(pdv *caixora.Caixora) error {
 	}
 	for _, v := range vendas {
 		fmt.Printf("Cupom %d: em aberto (%s), R$ %s\n", v.Cupom, v.Estado, v.Valor)
-		if err := pdv.ConcluirVenda(v.Cupom, caixora.DesfechoDesfazer); err != nil {
+		desfecho, feito := caixora.DesfechoDesfazer, "desfeita"
+		if v.Estado == caixora.EstadoConfirmar {
+			desfecho, feito = caixora.DesfechoConfirmar, "confirmada"
+		}
+		if err := pdv.ConcluirVenda(v.Cupom, desfecho); err != nil {
 			return err
 		}
-		fmt.Printf("Cupom %d: desfeita\n", v.Cupom)
+		fmt.Printf("Cupom %d: %s\n", v.Cupom, feito)
 	}
 	return nil
 }
