@@ -52,18 +52,18 @@ struct RunVariant {
 // In the order of Run. Spellings differ between the two, accents included.
 constexpr RunVariant kVariants[] = {
     {
-        "ENTROU -  IniciaFuncaoQJInterativo()",
-        u8"Trevix não Encontrado! - "_ansi,
-        ClearExchange,
-        "Iniciando Trevix - IniciaQJInterativo",
-        u8"Trevix.exe não está em execução"_ansi,
+        .entry = "ENTROU -  IniciaFuncaoQJInterativo()",
+        .companion_missing = u8"Trevix não Encontrado! - "_ansi,
+        .ready_exchange = ClearExchange,
+        .starting = "Iniciando Trevix - IniciaQJInterativo",
+        .not_running = u8"Trevix.exe não está em execução"_ansi,
     },
     {
-        "ENTROU -  FinalizaFuncaoQJInterativo()",
-        "Trevix nao Encontrado! - ",
-        KeepExchange,
-        "Iniciando Trevix - FinalizaQJInterativo",
-        u8"Trevix.exe nao está em execucao"_ansi,
+        .entry = "ENTROU -  FinalizaFuncaoQJInterativo()",
+        .companion_missing = "Trevix nao Encontrado! - ",
+        .ready_exchange = KeepExchange,
+        .starting = "Iniciando Trevix - FinalizaQJInterativo",
+        .not_running = u8"Trevix.exe nao está em execucao"_ansi,
     },
 };
 

@@ -1,6 +1,5 @@
 #include "interactive/session.h"
 
-#include <algorithm>
 #include <new>
 
 #include "interactive/config_file.h"
@@ -23,7 +22,7 @@ namespace {
 constexpr char kStagingFile[] = "\\Resp001_Temp.txt";
 
 // Milliseconds.
-constexpr std::uint32_t kFilePause = 50;  // around the companion's file accesses
+constexpr std::uint32_t kFilePause = 50;  // lets the companion finish with a file, or find one gone
 constexpr std::uint32_t kAfterCancelLine = 150;
 
 // The log has one word for every failure of a wait, whatever failed.
@@ -35,10 +34,8 @@ ResultString Text(Pieces text) {
   return result;
 }
 
-// What follows returns null when the file could not be read; the caller has the text for that.
-
 // The companion runs: its question, if there is one. The file goes once the text for the host is
-// made, so that no failure loses a question.
+// made, so that no failure loses a question. Null when the file opens and cannot be read.
 ResultString TakeQuestion(const std::string& path) {
   Pause(kFilePause);
   File file;
@@ -55,7 +52,8 @@ ResultString TakeQuestion(const std::string& path) {
   return result;
 }
 
-// The companion has ended: well if it left its return, else the flow is to be given up.
+// The companion has ended: well if it left its return, else the flow is to be given up. Null as
+// above.
 ResultString TakeReturn(const std::string& path) {
   WriteLog({u8"Trevix.exe não está em execução"_ansi});
   std::string line;
@@ -115,7 +113,7 @@ void MoveToRawFolder() {
   std::string line;
   if (ReadFirstLine(file, line) != SystemError::kNone) return;
   file.Close();
-  line.resize(std::min(line.find('\x1A'), line.size()));  // ends a text file
+  DecodeTextMode(line);
   state.ClientFolder = line;
   SetExchangeFolders();
   // No log can be opened under a key, and without its log the library ends the host; so the log

@@ -8,7 +8,7 @@
 namespace caixora {
 
 // Does the work; when memory runs out in it, `otherwise` says what comes of it instead, and must
-// not need any memory of its own.
+// not fail for want of memory (WriteLog does not: it drops its line).
 template <class Work, class Otherwise>
 auto Guarded(Work work, Otherwise otherwise) noexcept -> decltype(work()) {
   try {

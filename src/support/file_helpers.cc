@@ -26,7 +26,7 @@ void RemoveFile(const std::string& path) noexcept {
       });
 }
 
-bool FileExists(const std::wstring& path) {
+bool FileExists(const std::wstring& path) noexcept {
   bool is_folder = false;
   return QueryPath(path, is_folder) != SystemError::kFileNotFound;
 }

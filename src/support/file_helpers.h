@@ -14,7 +14,7 @@ void RemoveFile(const std::string& path) noexcept;
 
 // False only when the system says just "file not found": a path in a missing folder, or without
 // rights, counts as there. The update marker and the companion's programs are judged this way.
-bool FileExists(const std::wstring& path);
+bool FileExists(const std::wstring& path) noexcept;
 
 // True when the file opens for reading.
 bool OpensForReading(const std::string& path);
@@ -26,7 +26,7 @@ std::int32_t FileSizeMB(const std::string& path);
 SystemError ReadAll(File& file, std::string& bytes);
 
 // Takes the first line without its end (a line feed, or carriage return and line feed), whatever
-// other bytes it holds: here 0x1A ends nothing.
+// other bytes it holds: the companion's questions may hold a 0x1A, which ends other text files.
 SystemError ReadFirstLine(File& file, std::string& line);
 
 }  // namespace caixora

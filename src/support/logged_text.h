@@ -7,7 +7,7 @@
 
 namespace caixora {
 
-// Removes every ".", "-" and "/" and nothing else: letters and blanks stay. Logs both texts.
+// As WithoutPunctuation, for what its name does not say: letters and blanks stay. Logs both texts.
 std::string RetornaNumeros(const std::string& text);
 
 // As RetornaNumeros for a text that passes ValidarCNPJ, else empty. Logs its input, and its result

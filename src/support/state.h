@@ -68,6 +68,6 @@ struct State {
   }
 };
 
-inline State state;
+inline constinit State state;
 
 }  // namespace caixora

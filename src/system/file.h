@@ -1,14 +1,13 @@
 // Files and folders.
 //
-// Paths are Windows-1252 bytes and C strings: they end at their first NUL. Contents are raw bytes.
-// No call shows a dialog, whatever the drive says.
+// Paths are C strings, which end at their first NUL: Windows-1252 bytes, or wide texts made of them.
+// Contents are raw bytes. No call shows a dialog, whatever the drive says.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "system/system_error.h"
 
@@ -25,11 +24,8 @@ class File {
   };
 
   File() noexcept = default;
-  File(File&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  File& operator=(File&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
   ~File() { Close(); }
 
   // Closes what was open before.
@@ -37,7 +33,9 @@ class File {
   void Close() noexcept;
   explicit operator bool() const noexcept { return handle_ != nullptr; }
 
-  // Takes the next bytes, at most `size`; `taken` is 0 at the end. REQUIRES an open file, as below.
+  // The rest is for an open file alone.
+
+  // Takes the next bytes, at most `size`; `taken` is 0 at the end.
   SystemError Read(char* buffer, std::size_t size, std::size_t& taken) noexcept;
 
   // Writes all bytes in one piece.
@@ -52,10 +50,10 @@ class File {
 
 // kFileNotFound only when the system says just that; a missing folder on the way and missing rights
 // are other errors.
-SystemError QueryPath(const std::wstring& path, bool& is_folder);
+SystemError QueryPath(const std::wstring& path, bool& is_folder) noexcept;
 
 SystemError DeleteFileAt(const std::string& path);
 SystemError RenameFile(const std::string& from, const std::string& to);
-SystemError CreateFolder(const std::wstring& path);
+SystemError CreateFolder(const std::wstring& path) noexcept;
 
 }  // namespace caixora

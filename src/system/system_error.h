@@ -1,5 +1,6 @@
-// The one way in which the system refuses something: the code that it gives for it. Every call of
-// this folder that can be refused returns one; nothing throws but std::bad_alloc.
+// The one way in which the system says why it refused a file or folder: the code that it gives for
+// it. Questions of this folder are answered by yes or no, starts of programs not at all. Nothing in
+// it throws but std::bad_alloc.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Waits and the clock. Time passes only in Pause.
+// Waits and the clock. Whatever waits in the library, waits in Pause.
 #pragma once
 
 #include <cstdint>

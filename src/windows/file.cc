@@ -1,6 +1,7 @@
 #include "system/file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "system/wide_text.h"
 #include "windows/code_page.h"
@@ -23,9 +24,13 @@ class NoDialogs {
   DWORD previous_ = 0;
 };
 
-SystemError ErrorOf(BOOL done) noexcept {
-  return done ? SystemError::kNone : static_cast<SystemError>(::GetLastError());
+SystemError LastError() noexcept {
+  const DWORD code = ::GetLastError();
+  // A refused call that gives no reason is still refused.
+  return static_cast<SystemError>(code != 0 ? code : DWORD{ERROR_GEN_FAILURE});
 }
+
+SystemError ErrorOf(BOOL done) noexcept { return done ? SystemError::kNone : LastError(); }
 
 struct Mode {
   DWORD access, creation;
@@ -40,22 +45,21 @@ constexpr Mode kModes[] = {
     {FILE_APPEND_DATA | GENERIC_READ, OPEN_ALWAYS},
 };
 
-// No security attributes: a program started meanwhile inherits none of our handles.
-HANDLE OpenHandle(const std::string& path, const Mode& mode) {
-  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-  return NarrowCallsTakeUtf8() ? ::CreateFileW(ToWide(path).c_str(), mode.access, kShare, nullptr,
-                                               mode.creation, FILE_ATTRIBUTE_NORMAL, nullptr)
-                               : ::CreateFileA(path.c_str(), mode.access, kShare, nullptr,
-                                               mode.creation, FILE_ATTRIBUTE_NORMAL, nullptr);
-}
-
 }  // namespace
 
 SystemError File::Open(const std::string& path, Use use) {
   Close();
   const NoDialogs scope;
-  const HANDLE handle = OpenHandle(path, kModes[static_cast<std::size_t>(use)]);
-  if (handle == INVALID_HANDLE_VALUE) return ErrorOf(FALSE);
+  const auto& [access, creation] = kModes[static_cast<std::size_t>(use)];
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  const std::wstring wide = NarrowCallsTakeUtf8() ? ToWide(path) : std::wstring();
+  // No security attributes: a program started meanwhile inherits none of our handles.
+  const HANDLE handle = NarrowCallsTakeUtf8()
+                            ? ::CreateFileW(wide.c_str(), access, kShare, nullptr, creation,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr)
+                            : ::CreateFileA(path.c_str(), access, kShare, nullptr, creation,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return LastError();
   handle_ = handle;
   return SystemError::kNone;
 }
@@ -89,7 +93,7 @@ SystemError File::SeekToEnd(std::int64_t& size) noexcept {
   return error;
 }
 
-SystemError QueryPath(const std::wstring& path, bool& is_folder) {
+SystemError QueryPath(const std::wstring& path, bool& is_folder) noexcept {
   const NoDialogs scope;
   const DWORD attributes = ::GetFileAttributesW(path.c_str());
   const bool found = attributes != INVALID_FILE_ATTRIBUTES;
@@ -109,7 +113,7 @@ SystemError RenameFile(const std::string& from, const std::string& to) {
                                        : ::MoveFileA(from.c_str(), to.c_str()));
 }
 
-SystemError CreateFolder(const std::wstring& path) {
+SystemError CreateFolder(const std::wstring& path) noexcept {
   const NoDialogs scope;
   return ErrorOf(::CreateDirectoryW(path.c_str(), nullptr));
 }
