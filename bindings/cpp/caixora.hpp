@@ -914,6 +914,7 @@ class Caixora {
                      campo6.c_str(), campo7.c_str(), campo8.c_str(), campo9.c_str(), inicio.campo10,
                      "");
     };
+    VerificarPendencia();
     ResultadoDeFluxo fim;
     fim.codigo = chamar(dll_.IniciaFuncaoQJInterativo, inicio.funcao);
     if (fim.codigo != CAIXORA_QJ_SUCESSO) {

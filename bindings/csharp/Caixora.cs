@@ -813,6 +813,8 @@ namespace CaixoraTef
             var venda = VendasEmAberto().FirstOrDefault(aberta => aberta.Cupom == cupom);
             if (venda == null)
                 throw new ArgumentException($"cupom: {cupom} não está em aberto no diário");
+            lock (Trava)
+                ExigirSemPendencia(cupom);
             Concluir(cupom, venda.Centavos, desfecho);
         }
 
@@ -965,9 +967,10 @@ namespace CaixoraTef
                 throw new ArgumentException($"cupom: {cupom} não é ao menos 1");
         }
 
-        private static void ExigirSemPendencia()
+        // Durante uma pendência, só o desfecho do cupom permitido pode seguir.
+        private static void ExigirSemPendencia(int cupomPermitido = 0)
         {
-            if (pendente != 0)
+            if (pendente != 0 && pendente != cupomPermitido)
                 throw new PendenciaAbertaException(pendente);
         }
 
@@ -985,8 +988,7 @@ namespace CaixoraTef
             ExigirCupom(cupom);
             lock (Trava)
             {
-                if (pendente != cupom)
-                    ExigirSemPendencia();
+                ExigirSemPendencia(cupom);
                 // Vale também para uma chamada cujo resultado não se chegue a ler.
                 pendente = cupom;
                 var resultado = Resultado.Interpretar(Texto.Receber(funcao()));
@@ -1133,7 +1135,9 @@ namespace CaixoraTef
     // Valores em centavos, que a DLL recebe como reais.
     internal static class Dinheiro
     {
-        private const decimal Maximo = 2147483647.99m;
+        public const long MaximoCentavos = 214748364799;
+
+        private const decimal Maximo = MaximoCentavos / 100m;
 
         public static long Centavos(string nome, decimal valor)
         {
@@ -1319,10 +1323,12 @@ namespace CaixoraTef
             {
                 var partes = Linha.Match(linha).Groups;
                 if (!int.TryParse(partes[1].Value, NumberStyles.None, CultureInfo.InvariantCulture,
-                        out var cupom) || vendas.Any(aberta => aberta.Cupom == cupom))
+                        out var cupom) || vendas.Any(aberta => aberta.Cupom == cupom) ||
+                    !long.TryParse(partes[2].Value, NumberStyles.None,
+                        CultureInfo.InvariantCulture, out var centavos) ||
+                    centavos > Dinheiro.MaximoCentavos)
                     throw new DiarioException($"diário ilegível ({caminho}): \"{linha}\"");
-                vendas.Add(new VendaEmAberto(cupom,
-                    long.Parse(partes[2].Value, CultureInfo.InvariantCulture),
+                vendas.Add(new VendaEmAberto(cupom, centavos,
                     (EstadoVenda)Enum.Parse(typeof(EstadoVenda), partes[3].Value, true)));
             }
             return vendas;

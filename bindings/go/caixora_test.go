@@ -148,7 +148,8 @@ func TestDiarioIlegivel(t *testing.T) {
 		t.Errorf("%v, %d", vendas, linha)
 	}
 	for texto, esperada := range map[string]int{
-		"": 1, "caixora-diario 2\n": 1, "caixora-diario 1\n\n": 2,
+		"": 1, "caixora-diario 2\n": 1, "caixora-diario 1": 1, "caixora-diario 1\n\n": 2,
+		"caixora-diario 1\n1;1;iniciada":                 2,
 		"caixora-diario 1\n1;1;iniciada\n1;1;iniciada\n": 3,
 		"caixora-diario 1\n1;1;vendida\n":                2,
 		"caixora-diario 1\n1;1\n":                        2,

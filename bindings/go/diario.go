@@ -139,12 +139,16 @@ func (d *diario) ler() ([]VendaNoDiario, error) {
 // interpretarDiario devolve o número da primeira linha que não se entende, ou 0.
 func interpretarDiario(texto string) ([]VendaNoDiario, int) {
 	texto = strings.ReplaceAll(texto, "\r\n", "\n")
-	linhas := strings.Split(strings.TrimSuffix(texto, "\n"), "\n")
+	linhas := strings.Split(texto, "\n")
+	ultima := len(linhas) - 1
 	if linhas[0] != cabecalhoDoDiario {
 		return nil, 1
 	}
+	if linhas[ultima] != "" { // o arquivo foi cortado
+		return nil, ultima + 1
+	}
 	var vendas []VendaNoDiario
-	for i, linha := range linhas[1:] {
+	for i, linha := range linhas[1:ultima] {
 		v, ok := interpretarLinha(linha)
 		if !ok || procurar(vendas, v.Cupom) >= 0 {
 			return nil, i + 2

@@ -113,28 +113,27 @@ func (c *Caixora) VenderEConfirmar(venda Venda, aoAprovar func(Resultado) error)
 	if err != nil {
 		return c.desfazer(cupom, r, err.Error(), err)
 	}
-	// A venda já está nos registros do PDV: confirma-se mesmo que o diário não possa mudar.
-	falhaDoDiario := c.diario.mudar(cupom, EstadoConfirmar)
+	// A venda já está nos registros do PDV: confirma-se mesmo que o diário não possa mudar. Um erro
+	// aqui faria passar por falha uma venda confirmada.
+	_ = c.diario.mudar(cupom, EstadoConfirmar)
 	if err := c.repetirDesfecho(cupom, DesfechoConfirmar); err != nil {
 		return ResultadoVenda{Resultado: r}, err
 	}
-	err = primeiro(c.diario.remover(cupom), falhaDoDiario)
-	return ResultadoVenda{Situacao: Confirmada, Resultado: r}, err
+	return ResultadoVenda{Situacao: Confirmada, Resultado: r}, c.diario.remover(cupom)
 }
 
 // desfazer desfaz a venda; causa é o erro a devolver depois de desfeita.
 func (c *Caixora) desfazer(cupom int, r Resultado, motivo string, causa error) (
 	ResultadoVenda, error) {
 	// Se o diário não pode mudar, o estado que ficou nele também leva a desfazer.
-	falhaDoDiario := c.diario.mudar(cupom, EstadoDesfazer)
+	_ = c.diario.mudar(cupom, EstadoDesfazer)
 	if err := c.repetirDesfecho(cupom, DesfechoDesfazer); err != nil {
 		if causa != nil {
 			err.Causa = causa
 		}
 		return ResultadoVenda{Resultado: r, Motivo: motivo}, err
 	}
-	err := primeiro(causa, c.diario.remover(cupom), falhaDoDiario)
-	return ResultadoVenda{Desfeita, r, motivo}, err
+	return ResultadoVenda{Desfeita, r, motivo}, primeiro(causa, c.diario.remover(cupom))
 }
 
 // repetirDesfecho chama Confirmar ou Desfazimento até ser feito. nil: foi.
@@ -175,6 +174,12 @@ func (c *Caixora) ConcluirVenda(cupom int, desfecho Desfecho) error {
 	}
 	if c.diario == nil {
 		return ErrSemDiario
+	}
+	trava.Lock()
+	err := exigirSemPendencia(cupom)
+	trava.Unlock()
+	if err != nil {
+		return err
 	}
 	if err := c.diario.mudar(cupom, estado); err != nil {
 		return err

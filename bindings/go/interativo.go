@@ -174,8 +174,8 @@ func (c *Caixora) argumentosDoFluxo(f InicioFluxo, funcao uint32) *argumentos {
 func (c *Caixora) iniciarFluxo(a *argumentos) (int, error) {
 	trava.Lock()
 	defer trava.Unlock()
-	if pendente != 0 {
-		return 0, &PendenciaAberta{pendente}
+	if err := exigirSemPendencia(0); err != nil {
+		return 0, err
 	}
 	return c.dll.codigo("IniciaFuncaoQJInterativo", a.lista), nil
 }

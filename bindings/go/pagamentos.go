@@ -22,6 +22,14 @@ func (e *PendenciaAberta) Error() string {
 	return fmt.Sprintf("o desfecho do cupom %d foi recusado e está pendente", e.Cupom)
 }
 
+// exigirSemPendencia supõe a trava. Durante uma pendência, só o desfecho do cupom permitido segue.
+func exigirSemPendencia(permitido int) error {
+	if pendente != 0 && pendente != permitido {
+		return &PendenciaAberta{pendente}
+	}
+	return nil
+}
+
 // EsquecerPendencia desiste de repetir um desfecho recusado. A venda continua em aberto no GP.
 func (c *Caixora) EsquecerPendencia() {
 	trava.Lock()
@@ -51,8 +59,8 @@ func (c *Caixora) pagarMedindo(funcao string, a *argumentos) (Resultado, time.Du
 	}
 	trava.Lock()
 	defer trava.Unlock()
-	if pendente != 0 {
-		return Resultado{}, 0, &PendenciaAberta{pendente}
+	if err := exigirSemPendencia(0); err != nil {
+		return Resultado{}, 0, err
 	}
 	inicio := time.Now()
 	bytes := c.dll.texto(funcao, a.lista)
@@ -78,8 +86,8 @@ func (c *Caixora) darDesfecho(funcao string, cupom int) (Resultado, error) {
 	}
 	trava.Lock()
 	defer trava.Unlock()
-	if pendente != 0 && pendente != cupom {
-		return Resultado{}, &PendenciaAberta{pendente}
+	if err := exigirSemPendencia(cupom); err != nil {
+		return Resultado{}, err
 	}
 	r := interpretar(decodificar(c.dll.texto(funcao, a.lista)))
 	pendente = 0

@@ -382,6 +382,12 @@ function carregar(caminho) {
   }
 }
 
+/** Durante uma pendência, só o desfecho do mesmo cupom pode seguir. */
+function exigirSemPendencia(cupomPermitido = null) {
+  const { pendencia } = processo;
+  if (pendencia !== null && pendencia !== cupomPermitido) throw new PendenciaAberta(pendencia);
+}
+
 /** Uma chamada por vez: a tarefa recebe as funções da DLL quando a anterior já voltou. */
 function naVez(tarefa) {
   return processo.chamadas.entrar(() => tarefa(processo.dll.funcoes));
@@ -658,7 +664,7 @@ class Caixora {
 
   async teste() {
     return naVez((dll) => {
-      if (processo.pendencia !== null) throw new PendenciaAberta(processo.pendencia);
+      exigirSemPendencia();
       return dll.teste();
     });
   }
@@ -714,6 +720,7 @@ class Caixora {
       if (venda === undefined) {
         throw new ArgumentoInvalido(`cupom: ${cupom} não está em aberto no diário`);
       }
+      exigirSemPendencia(cupom);
       await this.#concluir(cupom, venda.valorCentavos, desfecho);
     });
   }
@@ -783,10 +790,7 @@ class Caixora {
   async #chamar(funcao, argumentos, cupom) {
     const desfecho = Object.hasOwn(DESFECHOS, funcao);
     return naVez(async (dll) => {
-      const { pendencia } = processo;
-      if (pendencia !== null && !(desfecho && pendencia === cupom)) {
-        throw new PendenciaAberta(pendencia);
-      }
+      exigirSemPendencia(desfecho ? cupom : null);
       if (desfecho) processo.pendencia = cupom;
       const inicio = performance.now();
       const bruto = await dll[funcao](...argumentos);
@@ -892,7 +896,10 @@ class Caixora {
     };
 
     if (signal?.aborted) return fim('inicia', 0, CANCELADO);
-    const inicio = await naVez((dll) => dll.inicia(...argumentos));
+    const inicio = await naVez((dll) => {
+      exigirSemPendencia();
+      return dll.inicia(...argumentos);
+    });
     if (inicio !== 0) return fim('inicia', inicio, motivoDo(inicio));
     let texto;
     try {

@@ -722,6 +722,8 @@ begin
   Result := nil;
   if not LerArquivo(Caminho, Conteudo) then
     Exit;
+  if (Conteudo = '') or (Conteudo[Length(Conteudo)] <> #10) then
+    raise EDiario.Create('diário ilegível: ' + Caminho + ' foi cortado');
   Resto := Decodificar(Conteudo);
   NumeroDaLinha := 0;
   repeat
@@ -971,15 +973,23 @@ begin
   Result := Nova('VendeCreditoVista', foValor, Valor, Cupom);
 end;
 
+procedure ExigirParcelas(Parcelas: Integer);
+begin
+  if Parcelas < 1 then
+    raise EArgumentoInvalido.Create('iParcelas: deve ser 1 ou mais: ' + Numero(Parcelas));
+end;
+
 class function TVenda.VendeCreditoParcLoja(Parcelas: Integer; const Valor: TValor;
   Cupom: Integer): TVenda;
 begin
+  ExigirParcelas(Parcelas);
   Result := Nova('VendeCreditoParcLoja', foParcelas, Valor, Cupom, Parcelas);
 end;
 
 class function TVenda.VendeCreditoParcAdm(Parcelas: Integer; const Valor: TValor;
   Cupom: Integer): TVenda;
 begin
+  ExigirParcelas(Parcelas);
   Result := Nova('VendeCreditoParcAdm', foParcelas, Valor, Cupom, Parcelas);
 end;
 
@@ -1023,6 +1033,7 @@ end;
 class function TVenda.LinkPagamento(Parcelas: Integer; const Valor: TValor; Cupom: Integer;
   const Itens: array of TItemLink; const Campo011, Campo012: UnicodeString): TVenda;
 begin
+  ExigirParcelas(Parcelas);
   Result := Nova('LinkPagamento', foLink, Valor, Cupom, Parcelas);
   Result.FItens := Length(Itens);
   Result.FTextos[0] := JuntarLink(Itens);
@@ -1528,6 +1539,8 @@ procedure TCaixora.ConcluirVenda(Cupom: Integer; Desfecho: TDesfecho);
 begin
   ExigirDiario;
   VerificarPendencia(Cupom);
+  if Procurar(VendasEmAberto, Cupom) < 0 then
+    raise EArgumentoInvalido.Create('cupom: ' + Numero(Cupom) + ' não está em aberto no diário');
   AnotarNoDiario(FDiario, Cupom, ESTADO_DO_DESFECHO[Desfecho]);
   Encerrar(Cupom, Desfecho, '');
 end;
