@@ -8,9 +8,9 @@
  *    kept. A null pointer counts as an empty text.
  * 2. Amounts (dValor) are in reais: 12.5 is R$ 12,50. ROUND TO CENTS BEFORE CALLING. Digits after
  *    the cents are cut, not rounded: 10.999 is sent as R$ 10,99. Worse, a sum such as
- *    9.999999999999998 is sent as R$ 1,00: of its print with six decimals (10.000000) as many digits
- *    are kept as its whole part (9) has, and two more. An amount that is negative, not finite or of
- *    2147483648 and more is refused.
+ *    9.999999999999998 is sent as R$ 1,00: of its print with six decimals (10.000000) as many
+ *    digits are kept as its whole part (9) has, and two more. An amount that is negative, not
+ *    finite or of 2147483648 and more is refused.
  * 3. A CaixoraTexto is a BSTR that holds Windows-1252 BYTES, not UTF-16. It is never null. Read its
  *    bytes through (const char *)texto and their count with SysStringByteLen, then give it back
  *    with SysFreeString. The library keeps no reference to it.
@@ -33,14 +33,14 @@
  *
  * The fifteen fields after "C;", separated by ";": 1 coupon, 2 amount in cents, 3 card institution,
  * 4 network, 5 authorisation, 6 NSU, 7 transaction type, 8 instalments, 9 field 800-007 (control),
- * 10 field 170-000, 11 network code, 12 to 14 fields 740-000, 741-000 and 742-000, 15 field 031-000.
- * Each "I;" line is one line of the receipt; they are the lines that the GP sent, whatever number it
- * announced.
+ * 10 field 170-000, 11 network code, 12 to 14 fields 740-000, 741-000 and 742-000, 15 field
+ * 031-000. Each "I;" line is one line of the receipt; they are the lines that the GP sent, whatever
+ * number it announced.
  *
  * Arguments that keep their meaning everywhere:
  *
- *    sCNPJCliente   the merchant's CNPJ, 14 digits, with or without ".", "-" and "/"; always checked,
- *                   but not sent by links, fleet sales, document requests, Atv and
+ *    sCNPJCliente   the merchant's CNPJ, 14 digits, with or without ".", "-" and "/"; always
+ *                   checked, but not sent by links, fleet sales, document requests, Atv and
  *                   ManutencaoLinkPagamento
  *    sCNPJParceiro  the CNPJ of the maker of the point-of-sale program
  *    iCupom         the caller's receipt number; it identifies the transaction towards the GP
@@ -127,11 +127,12 @@ CaixoraTexto CAIXORA_CALL VendeFrotaCompleto(const char* sCNPJCliente, const cha
 /* ---- Payment links ---- */
 
 /*
- * Creates a payment link. sItens holds at least iQtdeItens items separated by "|", each of exactly
- * six fields separated by the byte 0xAC (the not sign): two free texts, the quantity (a whole
- * number) and three numbers with "." or "," as decimal mark. Anything else is refused. With a count
- * below 1 or an empty text no items are sent. sCampo011 and sCampo012 are sent as they stand, even
- * when empty; iLeitor is not sent.
+ * Creates a payment link. sItens holds iQtdeItens items separated by "|", each of exactly six
+ * fields separated by the byte 0xAC (the not sign): two free texts, the quantity (a whole number)
+ * and three numbers with "." or "," as decimal mark. Refused are: fewer items, another number of
+ * fields, a quantity with a "." or ",", and values far from a number ("1.2.3" passes). Further
+ * items are not sent, and with a count below 1 or an empty text none is. sCampo011 and sCampo012
+ * are sent as they stand, even when empty; iLeitor is not sent.
  */
 CaixoraTexto CAIXORA_CALL LinkPagamento(const char* sCNPJCliente, const char* sCNPJParceiro,
                                         int32_t iParcelas, double dValor, int32_t iCupom,
@@ -256,7 +257,8 @@ enum {
  *    sValor     amount in the form "12,50": a comma and two more characters at its end
  *
  * No text may hold the byte 0xAC, which separates the fields. Stops a companion that still runs and
- * removes what an earlier flow left in the exchange files. Returns 0, or 30 to 34, 37, 38, 40 to 43.
+ * removes what an earlier flow left in the exchange files. Returns 0, or 30 to 34, 37, 38, 40 to
+ * 43.
  */
 int32_t CAIXORA_CALL IniciaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ, uint32_t uCampo3,
                                               const char* sCampo4, const char* sValor,
@@ -279,8 +281,8 @@ int32_t CAIXORA_CALL ContinuaFuncaoQJInterativo(const char* sInformacao);
 
 /*
  * Finishes the flow, with the arguments of its start and the companion's function number for a
- * finish: runs the companion once more, waits for it to end without a time limit and, unless sCampo6
- * holds a "*", has Email.exe send the transaction.
+ * finish: runs the companion once more, waits for it to end without a time limit and, unless
+ * sCampo6 holds a "*", has Email.exe send the transaction.
  * Returns what the start returns, or 39.
  */
 int32_t CAIXORA_CALL FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char* sCNPJ,
@@ -290,7 +292,9 @@ int32_t CAIXORA_CALL FinalizaFuncaoQJInterativo(uint32_t uFuncao, const char* sC
                                                 const char* sCampo9, uint32_t uCampo10,
                                                 const char* sCampo11);
 
-/* Abandons the flow: stops the companion and starts it with its cancel line. Returns 0, 42 or 43. */
+/*
+ * Abandons the flow: stops the companion and starts it with its cancel line. Returns 0, 42 or 43.
+ */
 int32_t CAIXORA_CALL CancelarFluxoQJInterativo(void);
 
 /* Developer aid: opens the companion from a fixed folder with a fixed line. Returns 0. */

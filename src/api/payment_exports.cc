@@ -14,8 +14,8 @@ CaixoraTexto Run(const caixora::TefCall& call) noexcept {
 }
 
 // The two argument lists that most operations have.
-CaixoraTexto Sell(int32_t codigo, const char* sCNPJCliente, const char* sCNPJParceiro,
-                  double dValor, int32_t iCupom, int32_t iLeitor) noexcept {
+CaixoraTexto RunWithAmount(int32_t codigo, const char* sCNPJCliente, const char* sCNPJParceiro,
+                           double dValor, int32_t iCupom, int32_t iLeitor) noexcept {
   return Run({.codigo = codigo,
               .sCNPJCliente = sCNPJCliente,
               .sCNPJParceiro = sCNPJParceiro,
@@ -36,12 +36,12 @@ CaixoraTexto RunForCoupon(int32_t codigo, const char* sCNPJCliente, const char* 
 
 CaixoraTexto VendeCredito(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                           int32_t iCupom, int32_t iLeitor) {
-  return Sell(0, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(0, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto VendeCreditoVista(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                                int32_t iCupom, int32_t iLeitor) {
-  return Sell(1, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(1, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto VendeCreditoParcLoja(const char* sCNPJCliente, const char* sCNPJParceiro,
@@ -70,7 +70,7 @@ CaixoraTexto VendeCreditoParcAdm(const char* sCNPJCliente, const char* sCNPJParc
 
 CaixoraTexto VendeDebito(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Sell(4, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(4, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto Cancelar(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
@@ -94,7 +94,7 @@ CaixoraTexto Reimpressao(const char* sCNPJCliente, const char* sCNPJParceiro, in
 
 CaixoraTexto Adm(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor, int32_t iCupom,
                  int32_t iLeitor) {
-  return Sell(11, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(11, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto Relatorio(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom,
@@ -108,7 +108,7 @@ CaixoraTexto Relatorio(const char* sCNPJCliente, const char* sCNPJParceiro, int3
 
 CaixoraTexto MenuPrivate(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Sell(14, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(14, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto SolicitarCPF(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom) {
@@ -117,7 +117,7 @@ CaixoraTexto SolicitarCPF(const char* sCNPJCliente, const char* sCNPJParceiro, i
 
 CaixoraTexto VendeDebitoAVista(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                                int32_t iCupom, int32_t iLeitor) {
-  return Sell(20, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(20, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto RecargaCelular(const char* sCNPJCliente, const char* sCNPJParceiro, int32_t iCupom,
@@ -148,12 +148,12 @@ CaixoraTexto LinkPagamento(const char* sCNPJCliente, const char* sCNPJParceiro, 
 
 CaixoraTexto VendeCarteiraDigitalPix(const char* sCNPJCliente, const char* sCNPJParceiro,
                                      double dValor, int32_t iCupom, int32_t iLeitor) {
-  return Sell(23, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(23, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto ListarLinkPagamentoPago(const char* sCNPJCliente, const char* sCNPJParceiro,
                                      double dValor, int32_t iCupom, int32_t iLeitor) {
-  return Sell(24, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(24, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto VendeFrotaCompleto(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
@@ -196,7 +196,7 @@ CaixoraTexto SolicitarDocumento(const char* sCNPJCliente, const char* sCNPJParce
 
 CaixoraTexto ParceleMais(const char* sCNPJCliente, const char* sCNPJParceiro, double dValor,
                          int32_t iCupom, int32_t iLeitor) {
-  return Sell(29, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
+  return RunWithAmount(29, sCNPJCliente, sCNPJParceiro, dValor, iCupom, iLeitor);
 }
 
 CaixoraTexto ManutencaoLinkPagamento(const char* sCNPJCliente, const char* sCNPJParceiro,

@@ -41,9 +41,9 @@ constexpr Field kFields[] = {
     {"013-000", 5},                                     // authorisation
     {"018-000", 8},                                     // instalments
     {"028-000"},                                        // number of receipt lines
-    {"029-", 0, Also::kReceipt},                        //
+    {"029-", 0, Also::kReceipt},                        // a receipt line
     {"030-000", 0, Also::kLogsAndFolds, "LINHA030: "},  // message
-    {"031-000", 15},                                    //
+    {"031-000", 15},                                    // this and others: the GP's own
     {"040-000", 3},                                     // card institution
     {"170-000", 10},                                    //
     {"800-007", 9},                                     // control text

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "exchange/answer.h"
+#include "exchange/exchange_folder.h"
 #include "support/file_helpers.h"
 #include "support/log.h"
 #include "support/state.h"
@@ -18,14 +19,11 @@ struct ForgetsConfirmation {
 }  // namespace
 
 std::string AnswerPath() {
-  return state.ExchangeFolder +
-         (state.AnswerIsLiveness ? "\\Resp\\Ativo.001" : "\\Resp\\Intpos.001");
+  return InExchangeFolder(state.AnswerIsLiveness ? kLivenessAnswer : kAnswer);
 }
 
 void ExpectLivenessAnswer() {
-  const std::string path = state.ExchangeFolder + "\\Resp\\ativo.001";
-  WriteLog({"Antes de Remover Arquivo - ", path});
-  RemoveFile(path);
+  RemoveExchangeFile(InExchangeFolder(kOldLivenessAnswer));
   state.AnswerIsLiveness = true;
 }
 
@@ -51,8 +49,7 @@ Refusal ReadAnswer(Exchange& exchange) {
   state.UnreturnedAnswer = {path, std::move(bytes)};
   WriteLog({"PROCESSOU ARQUIVO"});
   WriteLog({"REMOVENDO ARQUIVO"});
-  WriteLog({"Antes de Remover Arquivo - ", path});
-  RemoveFile(path);
+  RemoveExchangeFile(path);
   WriteLog({"Antes de Gerar o Retorno"}, Detail::kDetailed);
   WriteLog({"RETORNO: ", text});
   state.UnreturnedAnswer = {};

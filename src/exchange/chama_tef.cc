@@ -43,7 +43,7 @@ ResultString Run(const TefCall& call, Exchange& exchange) {
   for (const Phase phase : kPhases)
     if (const Refusal refusal = phase(exchange)) {
       ResultString result = MakeResult({*refusal});
-      if (result == nullptr) WriteLog({"FALHA INTERNA: ", "memoria insuficiente para o retorno"});
+      if (result == nullptr) WriteLog({"FALHA INTERNA: memoria insuficiente para o retorno"});
       return result;
     }
   return std::move(exchange.result);
@@ -57,7 +57,7 @@ ResultString ChamaTef(const TefCall& call) noexcept {
   Exchange exchange;
   ResultString result = Guarded([&] { return Run(call, exchange); },
                                 []() -> ResultString {
-                                  WriteLog({"FALHA INTERNA: ", "std::bad_alloc"});
+                                  WriteLog({"FALHA INTERNA: std::bad_alloc"});
                                   return nullptr;
                                 });
   if (result == nullptr && !exchange.request_written) result = MakeResult({kFailedBefore});

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "exchange/answer_file.h"
+#include "exchange/exchange_folder.h"
 #include "support/ansi.h"
 #include "support/file_helpers.h"
 #include "support/log.h"
@@ -40,17 +41,14 @@ void StartGp() { ExecuteCommand(state.ClientFolder + state.ClientExeName, "START
 bool GpIsGone(const Exchange& exchange) { return exchange.gp_is_watched && !IsProcessRunning(); }
 
 void RemoveLeftover(std::string_view name) {
-  const std::string path = state.ExchangeFolder + std::string(name);
-  WriteLog({"Antes de Remover Arquivo - ", path});
-  RemoveFile(path);
+  const std::string path = InExchangeFolder(name);
+  RemoveExchangeFile(path);
   WriteLog({"Depois de Remover Arquivo - ", path}, Detail::kDetailed);
 }
 
-std::string RequestPath() { return state.ExchangeFolder + "\\Req\\intpos.001"; }
-
 Refusal AwaitPickup() {
   WriteLog({"VERIFICANDO SE O CLIENT PROCESSOU O INTPOS DA PASTA REQ"});
-  const std::string path = RequestPath();
+  const std::string path = InExchangeFolder(kRequest);
   for (int poll = 0; poll < kPickupPolls; ++poll) {
     WriteLog({"Sleep 100"}, Detail::kDetailed);
     Pause(kPickupPoll);
@@ -76,8 +74,7 @@ void WriteLocalAnswer(std::int32_t coupon) {
                              "\n999-999 = 0";
   // A failure is not reported: the wait for the answer shows whether there is one.
   File file;
-  if (file.Open(state.ExchangeFolder + "\\Resp\\intpos.001", File::Use::kReplace) ==
-      SystemError::kNone)
+  if (file.Open(InExchangeFolder(kLocalAnswer), File::Use::kReplace) == SystemError::kNone)
     static_cast<void>(file.Write(EncodeTextMode(record)));
   file.Close();
   Pause(kSettle);
@@ -85,25 +82,21 @@ void WriteLocalAnswer(std::int32_t coupon) {
 
 // A full disk. The GP must not find part of a request: no file, or else an empty one.
 void TakeBack(const std::string& path) {
-  if (DeleteFileAt(path) != SystemError::kNone)
-    static_cast<void>(File().Open(path, File::Use::kReplace));
+  if (!IsGone(DeleteFileAt(path))) static_cast<void>(File().Open(path, File::Use::kReplace));
 }
 
-bool WriteWhole(const std::string& path, std::string_view bytes) {
-  File file;
-  if (file.Open(path, File::Use::kReplace) != SystemError::kNone) return false;
-  if (file.Write(bytes) == SystemError::kNone) return true;
-  file.Close();
-  TakeBack(path);
-  return false;
+Refusal RefuseNotWritten() {
+  return std::string(
+             u8"S;0;ERRO AO CRIAR ARQUIVO TEF, VERIFIQUE AS PERMISSÕES no DIRETORIO "_ansi) +
+         state.ExchangeFolder;
 }
 
 }  // namespace
 
 Refusal CleanFolders(Exchange&) {
   WriteLog({"LIMPANDO PASTAS TEF"});
-  RemoveLeftover("\\Req\\Intpos.001");
-  RemoveLeftover("\\Resp\\Intpos.001");
+  RemoveLeftover(kOldRequest);
+  RemoveLeftover(kOldAnswer);
   WriteLog({"ENTROU - Sleep 1000"}, Detail::kDetailed);
   Pause(kSettle);
   return std::nullopt;
@@ -120,11 +113,18 @@ Refusal CheckGp(Exchange& exchange) {
 
 Refusal WriteRequest(Exchange& exchange) {
   WriteLog({"Gerando Arquivo Intpos.001"});
-  exchange.request_written = WriteWhole(RequestPath(), EncodeTextMode(exchange.request));
-  if (!exchange.request_written)
-    return std::string(
-               u8"S;0;ERRO AO CRIAR ARQUIVO TEF, VERIFIQUE AS PERMISSÕES no DIRETORIO "_ansi) +
-           state.ExchangeFolder;
+  const std::string path = InExchangeFolder(kRequest);
+  const std::string bytes = EncodeTextMode(exchange.request);
+  File file;
+  if (file.Open(path, File::Use::kReplace) != SystemError::kNone) return RefuseNotWritten();
+  exchange.request_written = true;  // until it is known to be gone again
+  if (file.Write(bytes) != SystemError::kNone) {
+    file.Close();
+    TakeBack(path);
+    exchange.request_written = false;
+    return RefuseNotWritten();
+  }
+  file.Close();
   WriteLog({"Gerou Arquivo Intpos.001"}, Detail::kDetailed);
   return std::nullopt;
 }

@@ -1,5 +1,5 @@
 // Moves one request through the exchange folder: clean, check that the GP lives, write, wait for
-// the GP to take it, wait for the answer. Every wait is a fixed sleep in a poll loop.
+// the GP to take it, wait for the answer. Every wait is a sleep of fixed length, once or in a loop.
 #pragma once
 
 #include "exchange/tef_call.h"
@@ -13,7 +13,7 @@ Refusal CleanFolders(Exchange&);
 // again once it is up.
 Refusal CheckGp(Exchange& exchange);
 
-// Writes the record as the request file. Never leaves half a request behind.
+// Writes the record as the request file. Half a request, on a full disk, is taken back.
 Refusal WriteRequest(Exchange& exchange);
 
 // Hands the written request over. While a confirmation or undo is pending the library writes the
@@ -21,7 +21,8 @@ Refusal WriteRequest(Exchange& exchange);
 // stops and restarts a GP that does not.
 Refusal HandOver(Exchange& exchange);
 
-// Waits for the answer file as long as the GP lives, without a time limit, and opens it.
+// Waits for the answer file as long as the GP lives, or for ever where it is not watched, and opens
+// it.
 Refusal AwaitAnswer(Exchange& exchange);
 
 }  // namespace caixora

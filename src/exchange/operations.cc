@@ -47,7 +47,8 @@ constexpr Operation kOperations[] = {
     {6,
      "[METODO] Reimpressao: sCNPJCliente:{sCNPJCliente} - sCNPJParceiro:{sCNPJParceiro}"
      " - iLeitor:{iLeitor}",
-     "000-000 = ADM|000-001 = REIMPRESSAO|800-005 = {sCNPJCliente}|800-006 = {iLeitor}|999-999 = 0"},
+     "000-000 = ADM|000-001 = REIMPRESSAO|800-005 = {sCNPJCliente}|800-006 = {iLeitor}|"
+     "999-999 = 0"},
     {11,
      "[METODO] Adm: sCNPJCliente:{sCNPJCliente} - sCNPJParceiro:{sCNPJParceiro}"
      " - dValor:{dValor} - iCupom:{iCupom} - iLeitor:{iLeitor}",
@@ -144,9 +145,13 @@ constexpr bool IsKey(std::string_view key) {
   return std::count_if(key.begin(), key.end(), [](char c) { return c >= '0' && c <= '9'; }) == 6;
 }
 
-// One header first, well-formed lines, no key twice.
+// One header first, well-formed lines, optional ones whole, no key twice, an end of one kind or the
+// other.
 constexpr bool IsRecord(std::string_view text) {
   if (!text.starts_with("000-000 = ")) return false;
+  if (!text.ends_with("999-999 = 0") && !text.ends_with('|')) return false;
+  for (std::size_t i = 1; i < text.size(); ++i)
+    if (text[i] == '>' && text[i - 1] != '|') return false;
   for (std::string_view rest = text; !rest.empty();) {
     if (rest.starts_with("{*")) rest.remove_prefix(rest.find('}') + 1);  // items bring their keys
     if (rest.starts_with('<') || rest.starts_with('>')) {
@@ -166,6 +171,8 @@ constexpr bool TableIsSound() {
   std::int32_t last = -1;
   for (const Operation& operation : kOperations) {
     if (operation.code <= last || !IsRecord(operation.request.text())) return false;
+    for (const Part& part : operation.log_line.parts())
+      if (part.optional) return false;  // the log shows empty arguments as well
     last = operation.code;
   }
   return true;

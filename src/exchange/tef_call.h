@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "system/file.h"
 #include "system/result_string.h"
@@ -51,8 +52,8 @@ struct TefArguments {
 // The "S;0;" text that ends a call, or nothing: the call goes on.
 using Refusal = std::optional<std::string>;
 
-// Results of a call that broke off without a text of its own: before the request was there for the
-// GP, and since.
+// Results of a call that broke off without a text of its own: before the GP could see the request,
+// and since it can.
 inline constexpr std::string_view kFailedBefore =
     "S;0;FALHA INTERNA, A OPERACAO NAO FOI ENVIADA AO GP";
 inline constexpr std::string_view kFailedSince =

@@ -2,11 +2,10 @@
 //
 //    {iCupom}                         the argument of that name
 //    |                                a line end
-//    <800-007 = {sControle}|>         left out when its argument is empty (an amount: not above
-//    zero)
+//    <800-007 = {sControle}|>         left out when its argument is empty, or an amount not above 0
 //    {*link} {*frota}                 the item lines of a payment link, of a fleet sale
 //
-// Read at compile time; a text that is none does not compile.
+// Read at compile time; a text that is no template does not compile.
 #pragma once
 
 #include <array>
@@ -41,7 +40,7 @@ enum class Value : std::uint8_t {
   kFleetItems,
 };
 
-// Text, then the argument's, then more text; the part may hang on the argument.
+// Text, then the argument's, then more text; an optional part is left out with its argument.
 struct Part {
   std::string_view before;
   Value value = Value::kNone;

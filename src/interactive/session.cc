@@ -93,10 +93,7 @@ FlowCode WriteAnswer(const std::string& answer) {
   file.Close();
 
   WriteLog({"Excluindo o arquivo: ", path}, Detail::kDetailed);
-  const SystemError error = DeleteFileAt(path);
-  const bool gone = error == SystemError::kNone || error == SystemError::kFileNotFound ||
-                    error == SystemError::kPathNotFound;
-  if (!gone) return RefuseAnswerFailed();
+  if (!IsGone(DeleteFileAt(path))) return RefuseAnswerFailed();
   Pause(kFilePause);
   WriteLog({"renomenando o arquivo temporario: ", staging}, Detail::kDetailed);
   // Not checked: an answer that stays under its first name goes in front of the next one.

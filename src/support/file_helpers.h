@@ -13,8 +13,15 @@ namespace caixora {
 void RemoveFile(const std::string& path) noexcept;
 
 // False only when the system says just "file not found": a path in a missing folder, or without
-// rights, counts as there. The update marker and the companion's programs are judged this way.
+// rights, counts as there. The log's switch file, the update marker and the companion's programs
+// are judged this way.
 bool FileExists(const std::wstring& path) noexcept;
+
+// True when a deletion leaves no file behind: done, or there was none.
+constexpr bool IsGone(SystemError deletion) {
+  return deletion == SystemError::kNone || deletion == SystemError::kFileNotFound ||
+         deletion == SystemError::kPathNotFound;
+}
 
 // True when the file opens for reading.
 bool OpensForReading(const std::string& path);

@@ -1,7 +1,7 @@
 // Files and folders.
 //
-// Paths are C strings, which end at their first NUL: Windows-1252 bytes, or wide texts made of them.
-// Contents are raw bytes. No call shows a dialog, whatever the drive says.
+// Paths are C strings, which end at their first NUL: Windows-1252 bytes, or wide texts made of
+// them. Contents are raw bytes. No call shows a dialog, whatever the drive says.
 #pragma once
 
 #include <cstddef>

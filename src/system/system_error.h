@@ -8,10 +8,12 @@
 namespace caixora {
 
 // The system's own codes; named are those that decisions rest on.
-enum class [[nodiscard]] SystemError : std::uint32_t{
-    kNone = 0,
-    kFileNotFound = 2,
-    kPathNotFound = 3,
+// clang-format off
+enum class [[nodiscard]] SystemError : std::uint32_t {
+  kNone = 0,
+  kFileNotFound = 2,
+  kPathNotFound = 3,
 };
+// clang-format on
 
 }  // namespace caixora
