@@ -29,4 +29,5 @@ if [ -n "$full_disk" ]; then
 fi
 # One run, and one count, over both build folders.
 printf 'subdirs("native" "windows")\n' >build/CTestTestfile.cmake
-ctest --test-dir build --output-on-failure "${arguments[@]}"
+# What needs Windows goes one by one; the native tests run beside it.
+ctest --test-dir build --output-on-failure -j "$(nproc)" "${arguments[@]}"
