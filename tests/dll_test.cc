@@ -290,15 +290,22 @@ TEST_F(Dll, LoadedAndFreedLeavesNothing) {
   fs::create_directories("C:\\Resp");
   for (const bool fails : {false, true}) {
     cycle(50, fails);  // whatever the system keeps for good
-    const Holdings before;
-    cycle(1300, fails);
-    const Holdings after;
-    std::printf("1300 loads%s: %zu -> %zu bytes of heap, %d -> %d handles, next slot %lu -> %lu\n",
-                fails ? " with failing calls" : "", before.heap, after.heap, before.handles,
-                after.handles, before.slot, after.slot);
-    EXPECT_LE(after.heap, before.heap + 1024);
-    EXPECT_EQ(after.handles, before.handles);
-    EXPECT_EQ(after.slot, before.slot);
+    // Wine 10 takes memory for itself in steps, over some thousand loads of whatever DLL. What this
+    // one left would grow every time.
+    bool grows = true;
+    for (int round = 0; grows && round < 6; ++round) {
+      const Holdings before;
+      cycle(1300, fails);
+      const Holdings after;
+      std::printf(
+          "1300 loads%s: %zu -> %zu bytes of heap, %d -> %d handles, next slot %lu -> %lu\n",
+          fails ? " with failing calls" : "", before.heap, after.heap, before.handles,
+          after.handles, before.slot, after.slot);
+      EXPECT_EQ(after.handles, before.handles);
+      EXPECT_EQ(after.slot, before.slot);
+      grows = after.heap > before.heap + 1024;
+    }
+    EXPECT_FALSE(grows);
   }
 }
 
