@@ -6,8 +6,9 @@ project=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")") || exit
 CAIXORA_WINEPREFIX=$(realpath -m -- "${CAIXORA_WINEPREFIX:-$project/build/wineprefix}") || exit
 export CAIXORA_WINEPREFIX WINEPREFIX=$CAIXORA_WINEPREFIX
 export WINEDEBUG=-all
-# No dialogs about missing parts, and our taskkill instead of Wine's, which refuses /T.
-export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=;taskkill.exe=n'
+# No dialogs about missing parts, no display even where there is one, and our taskkill instead of
+# Wine's, which refuses /T.
+export WINEDLLOVERRIDES='mscoree,mshtml,winex11.drv,winewayland.drv=;winemenubuilder.exe=;taskkill.exe=n'
 # Accented arguments reach Windows programs only from a UTF-8 locale.
 export LC_ALL=C.UTF-8
 cd "$project" || exit

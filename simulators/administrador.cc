@@ -26,8 +26,8 @@ std::wstring_view AfterWord(std::wstring_view line, std::wstring& word) {
 // Its whole path when it lies in the current folder or names one; else it is left to the search.
 std::wstring Located(const std::wstring& program) {
   std::wstring path(::GetFullPathNameW(program.c_str(), 0, nullptr, nullptr), L'\0');
-  path.resize(::GetFullPathNameW(program.c_str(), static_cast<DWORD>(path.size()), path.data(),
-                                 nullptr));
+  path.resize(
+      ::GetFullPathNameW(program.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr));
   return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES ? program : path;
 }
 
