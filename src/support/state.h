@@ -68,6 +68,6 @@ struct State {
   }
 };
 
-inline constinit State state;
+inline State state;
 
 }  // namespace caixora
