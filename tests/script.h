@@ -1,0 +1,29 @@
+// Scripts that work the machine in memory and call the library, and transcripts of what comes of
+// it. transcripts/comum.txt tells how they are written.
+#pragma once
+
+#include <string>
+#include <vector>
+
+using Lines = std::vector<std::string>;
+
+// A titled piece of a file. Lines that begin with two blanks are a transcript of the line above.
+struct Case {
+  std::string title;
+  Lines lines;
+};
+std::vector<Case> ReadCases(const std::string& path);
+
+inline bool IsTranscript(const std::string& line) { return line.starts_with("  "); }
+
+// Reads what all cases share: the machine that they start on, names of texts, and passages.
+void ReadCommon(const std::string& path);
+
+// Starts over, on the machine that all cases start on.
+void StartCase();
+
+// Runs a script line. True for one with calls: the machine's notes then tell what they did.
+bool RunLine(const std::string& line);
+
+// The machine's notes as lines of a file.
+Lines Transcript();
