@@ -2,9 +2,11 @@
 # Runs the example of each language named, or of all of them, against the simulators in a clean
 # checkout, and compares what it printed, left in its journal and had others receive with
 # tests/languages. The example is killed on the way: no sale may be left without its one outcome.
+# Then the language's binding goes through a list of mishaps and misuse.
 #
 # scripts/languages/<language>.sh defines build, which makes the example in $out and keeps what it
-# fetches in $kit, and run, which runs it in the current folder.
+# fetches in $kit, and run, which runs it in the current folder. One of a binding defines
+# build_probe and run_probe as well, for the program that goes through the list.
 source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 
 if [ $# -ne 1 ]; then
@@ -27,11 +29,12 @@ c=$WINEPREFIX/drive_c
 req=$c/Tef_Dial/Req
 got=$out/obtido.txt
 host=
+program=run
 
 install_missing
 if [ -z "${bin:-}" ]; then  # a test brings the folder that it was built in
   bin=$root/build/windows/bin
-  build windows caixora clientorvane_simulador Trevix Email taskkill caixora_host
+  build windows caixora Caixora_falsa clientorvane_simulador Trevix Email taskkill caixora_host
 fi
 mkdir -p "$kit" "$out"
 : >"$out/stdout" >"$out/stderr"
@@ -83,7 +86,7 @@ start() {
   (
     source "$script"
     cd "$c/caixa"
-    run "$@"
+    $program "$@"
   ) >"$out/stdout" 2>"$out/stderr" </dev/null &
   host=$!
   set +m
@@ -178,11 +181,39 @@ sell_once() {
   requests
 }
 
+# Of an error its kind, when its message has every word of its command from the third on.
+mishaps() {
+  awk '
+    /^> / { count = split($0, words) }
+    /^! / {
+      kind = "Erro"
+      if (match($2, /ValorDivergente|VendaEmAberto|PendenciaAberta|ErroDoPdv|Diario/))
+        kind = substr($2, RSTART, RLENGTH)
+      else if ($2 ~ /Uso|Argument|Texto/) kind = "Argumento"
+      for (i = 5; i <= count; ++i)
+        if (index(tolower($0), tolower(words[i])) == 0) kind = "sem " words[i] ": " $0
+      $0 = "! " kind
+    }
+    { sub(/ +$/, ""); print }' "$c/caixa/chamadas.txt"
+}
+
+# What a half-written journal left is there too, and is no journal.
+suffer_mishaps() {
+  lay_out
+  cp "$bin/Caixora_falsa.dll" "$c/caixa/Caixora.dll"
+  sed -n 's/^> //p' tests/languages/provas.txt >"$c/caixa/comandos.txt"
+  echo 'caixora-diario 1' >"$c/caixa/diario.txt.tmp"
+  program=run_probe
+  run_example | grep '^< '
+  mishaps
+}
+
 set +e  # kept inside: a condition would let the function go on after an error
 (
   set -e
   source "$script"
   build
+  ! declare -F build_probe >/dev/null || build_probe
 ) >"$out/build.log" 2>&1 </dev/null
 status=$?
 set -e
@@ -200,4 +231,9 @@ else
   } >"$got"
 fi
 diff -u "$expected" "$got" || fail "difere de $expected"
+if grep -q '^build_probe()' "$script"; then
+  expected=tests/languages/provas.txt
+  suffer_mishaps >"$got"
+  grep -v '^#' "$expected" | diff -u - "$got" || fail "difere de $expected"
+fi
 echo "$language: como esperado"

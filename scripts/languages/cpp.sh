@@ -2,7 +2,12 @@
 
 build() {
   need_packages g++-mingw-w64-x86-64-posix
-  local header=$root/bindings/cpp/caixora.hpp source=$root/examples/cpp/pdv.cc exe=$out/pdv.exe
+  compile pdv.exe examples/cpp/pdv.cc
+}
+build_probe() { compile provas.exe tests/languages/provas.cc; }
+
+compile() {  # result in $out, source
+  local header=$root/bindings/cpp/caixora.hpp source=$root/$2 exe=$out/$1
   if [ "$exe" -nt "$source" ] && [ "$exe" -nt "$header" ] &&
     [ "$exe" -nt "$root/include/caixora.h" ]; then
     return
@@ -13,3 +18,4 @@ build() {
 }
 
 run() { wine "$out/pdv.exe" "$@"; }
+run_probe() { wine "$out/provas.exe"; }

@@ -11,10 +11,16 @@ build() {
   build_binding
   compile csc Pdv.dll examples/csharp/Pdv.cs -langversion:7.3 -nostdlib -r:CaixoraTef.dll
 }
+build_probe() {
+  compile csc Provas.dll tests/languages/provas.cs -langversion:7.3 -nostdlib -r:CaixoraTef.dll
+}
 
-run() {
+run() { run_program Pdv.dll "$@"; }
+run_probe() { run_program Provas.dll; }
+
+run_program() {
   wine "$dotnet/dotnet.exe" exec --runtimeconfig "$(on_windows "$dotnet")/app.runtimeconfig.json" \
-    "$(on_windows "$out")/Pdv.dll" "$@"
+    "$(on_windows "$out")/$1" "${@:2}"
 }
 
 on_windows() { echo "Z:$1"; }

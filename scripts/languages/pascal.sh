@@ -6,8 +6,14 @@ build() {
   units=$kit/fpc-$(fpc -iV)-win64
   [ -e "$units/done" ] || build_run_time "$units"
   mkdir -p "$out"
-  (cd "$root/examples/pascal" &&
-    fpc -n -Twin64 -l- -v0ewn -O2 -Fu"$units" -FU"$out" -FE"$out" pdv.dpr)
+  compile examples/pascal/pdv.dpr
+}
+build_probe() { compile tests/languages/provas.dpr; }
+
+# Without the folder of the units the compiler is content with those that it compiled before.
+compile() {
+  fpc -n -Twin64 -l- -v0ewn -O2 -Fu"$root/bindings/pascal" -Fu"$kit/fpc-$(fpc -iV)-win64" \
+    -FU"$out" -FE"$out" "$root/$1"
 }
 
 build_run_time() {
@@ -27,6 +33,5 @@ build_run_time() {
   touch "$units/done"
 }
 
-run() {
-  wine "$out/pdv.exe" "$@"
-}
+run() { wine "$out/pdv.exe" "$@"; }
+run_probe() { wine "$out/provas.exe"; }
