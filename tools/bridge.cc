@@ -112,8 +112,10 @@ T ReadNumber(std::string_view name, const json& value, T least, T most) {
 
 Centavos ReadAmount(std::string_view name, const json& value) {
   if (name == kCents) return Centavos(ReadNumber<std::int64_t>(name, value, 0, Centavos::maximo));
-  const auto amount =
-      value.is_string() ? Centavos::DoTexto(value.get<std::string>()) : std::nullopt;
+  // Without its comma or point a text may well be meant in cents.
+  const bool marked =
+      value.is_string() && value.get<std::string>().find_first_of(",.") != std::string::npos;
+  const auto amount = marked ? Centavos::DoTexto(value.get<std::string>()) : std::nullopt;
   if (!amount)
     throw ErroDeUso(std::string(name) +
                     ": falta um texto como \"12,50\", de até 2147483647,99, com no máximo duas "

@@ -37,6 +37,7 @@ def answer(text):
 REFUSED = [
     (sale(dValor="12,505"), 'dValor: falta um texto como "12,50"'),
     (sale(dValor="1.000,00"), "dValor"),
+    (sale(dValor="1250"), 'dValor: falta um texto como "12,50"'),
     (sale(dValor="-1"), "dValor"),
     (sale(dValor=""), "dValor"),
     (sale(dValor=","), "dValor"),
