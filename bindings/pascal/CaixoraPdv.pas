@@ -9,6 +9,7 @@
 ///
 /// Ao abrir o PDV, percorra VendasEmAberto e encerre cada venda com ConcluirVenda: iniciada e
 /// desfazer se desfazem, confirmar se confirma, aprovada se confirma apenas se o PDV a registrou.
+/// Enquanto uma está em aberto, VenderEConfirmar não vende.
 ///
 /// Toda chamada bloqueia a thread até terminar: use uma thread de trabalho. Os retornos de chamada
 /// (AoAprovar, Perguntar) correm nessa mesma thread. Salve em UTF-8 com BOM os fontes com acentos.
@@ -88,8 +89,11 @@ type
     property Mensagem: UnicodeString read FMensagem;
   end;
 
+  /// Uma chamada que não cabe agora, como outra operação durante VenderEConfirmar. Nada foi feito.
+  EUsoErrado = class(ECaixora);
+
   /// Texto, valor, cupom ou outro argumento que não pode ser enviado. Nada foi feito.
-  EArgumentoInvalido = class(ECaixora);
+  EArgumentoInvalido = class(EUsoErrado);
 
   /// A DLL não pôde ser carregada.
   ECaixoraDll = class(ECaixora);
@@ -109,8 +113,14 @@ type
   end;
 
   /// Um Confirmar ou Desfazimento foi recusado, e a DLL responderia à próxima operação como se
-  /// fosse ele. Repita-o (ConcluirVenda, Confirmar, Desfazimento) ou desista: EsquecerPendencia.
-  EPendenciaAberta = class(ECaixoraCupom);
+  /// fosse ele. Repita o mesmo desfecho (por ConcluirVenda, se o cupom está no diário) ou desista
+  /// dele: EsquecerPendencia.
+  EPendenciaAberta = class(ECaixoraCupom)
+  private
+    FDesfecho: TDesfecho;
+  public
+    property Desfecho: TDesfecho read FDesfecho;
+  end;
 
   /// O cupom está no diário sem desfecho: Estado diz até onde foi, ou que desfecho falta.
   EVendaEmAberto = class(ECaixoraCupom)
@@ -122,7 +132,8 @@ type
     property UltimaMensagem: UnicodeString read FUltimaMensagem;
   end;
 
-  /// O GP aprovou outro valor ou outro cupom. A venda foi desfeita.
+  /// O GP aprovou outro valor ou outro cupom. O cupom pedido foi desfeito; se a resposta é de
+  /// outro, verifique-o no GP.
   EValorDivergente = class(ECaixoraCupom)
   private
     FPedido: TValor;
@@ -225,10 +236,13 @@ type
     procedure SetTentativas(Valor: Integer);
     procedure SetPausaMs(Valor: Integer);
     procedure ExigirDiario;
+    procedure ExigirForaDoDiario(Cupom: Integer);
     function ChamarDll(const Pedido: TVenda; Endereco: Pointer): Pointer;
-    function Chamar(const Pedido: TVenda; out Duracao: Int64): TResultado; overload;
-    function Chamar(const Pedido: TVenda): TResultado; overload;
+    function ChamarNaVenda(const Pedido: TVenda; out Duracao: Int64): TResultado;
+    function Chamar(const Pedido: TVenda): TResultado;
+    function DarDesfecho(Cupom: Integer; Desfecho: TDesfecho): TResultado;
     procedure Encerrar(Cupom: Integer; Desfecho: TDesfecho; const Causa: UnicodeString);
+    function Conduzir(const Venda: TVenda; AoAprovar: TAoAprovar): TVendaConcluida;
   public
     /// Carrega a DLL, uma vez por processo.
     constructor Create(const CNPJCliente, CNPJParceiro: UnicodeString;
@@ -242,10 +256,11 @@ type
     property PausaMs: Integer read FPausaMs write SetPausaMs;          // 2000, entre tentativas
 
     /// Vende, chama AoAprovar e confirma; se algo falha no caminho, desfaz. Toda venda termina com
-    /// um desfecho só, ou em EVendaEmAberto.
+    /// um desfecho só, ou em EVendaEmAberto. Enquanto ela não termina, outra operação, de qualquer
+    /// thread e também de AoAprovar, é EUsoErrado.
     function VenderEConfirmar(const Venda: TVenda; AoAprovar: TAoAprovar): TVendaConcluida;
     function VendasEmAberto: TVendasAbertas;
-    /// Dá o desfecho a uma venda do diário e a tira dele.
+    /// Dá o desfecho a uma venda do diário e a tira dele. Só de uma venda aprovada ele se escolhe.
     procedure ConcluirVenda(Cupom: Integer; Desfecho: TDesfecho);
     /// Chama Atv até o GP responder. Para a abertura do dia.
     procedure AguardarGp(Vezes: Integer);
@@ -275,6 +290,7 @@ type
       const Itens: array of TItemLink; const Campo011, Campo012: UnicodeString): TResultado;
     function ListarLinkPagamentoPago(const Valor: TValor; Cupom: Integer): TResultado;
     function ManutencaoLinkPagamento: TResultado;
+    /// De uma venda feita por aqui; o de uma que está no diário cabe a ConcluirVenda.
     function Confirmar(Cupom: Integer): TResultado;
     function Desfazimento(Cupom: Integer): TResultado;
     /// Centavos(0): sem valor.
@@ -348,6 +364,8 @@ const
   PAUSA_DO_FLUXO = 200;
 
   ESTADOS: array[TEstadoVenda] of UnicodeString = ('iniciada', 'aprovada', 'confirmar', 'desfazer');
+  FALTA: array[TEstadoVenda] of UnicodeString = ('desfazer', 'confirmar ou desfazer', 'confirmar',
+    'desfazer');
   ESTADO_DO_DESFECHO: array[TDesfecho] of TEstadoVenda = (evConfirmar, evDesfazer);
   FUNCAO_DO_DESFECHO: array[TDesfecho] of AnsiString = ('Confirmar', 'Desfazimento');
 
@@ -368,6 +386,8 @@ var
   Biblioteca: HMODULE = 0;
   CaminhoBiblioteca: UnicodeString = '';
   CupomPendente: Integer = 0;
+  DesfechoPendente: TDesfecho;
+  CupomEmVenda: Integer = 0; // de VenderEConfirmar ou ConcluirVenda
   FluxoEmCurso: Boolean = False;
 
 function GetTickCount64: UInt64; stdcall; external 'kernel32.dll' name 'GetTickCount64';
@@ -636,14 +656,18 @@ end;
 function Divergencia(const Venda: TVenda; const Resultado: TResultado): UnicodeString;
 var
   Aprovado: Int64;
+  OutroValor, OutroCupom: Boolean;
 begin
   Result := '';
-  if not Resultado.ValorCentavos(Aprovado) or (Aprovado <> Venda.FValor.Centavos) then
-    Result := 'pedidos ' + Numero(Venda.FValor.Centavos) + ' centavos, aprovados "' +
-      Resultado.Campos.ValorCentavos + '"'
-  else if (Resultado.Campos.Cupom <> '') and
-    (not LerNumero(Resultado.Campos.Cupom, Aprovado) or (Aprovado <> Venda.FCupom)) then
-    Result := 'o GP aprovou o cupom "' + Resultado.Campos.Cupom + '"';
+  OutroValor := not Resultado.ValorCentavos(Aprovado) or (Aprovado <> Venda.FValor.Centavos);
+  OutroCupom := not LerNumero(Resultado.Campos.Cupom, Aprovado) or (Aprovado <> Venda.FCupom);
+  if not OutroValor and not OutroCupom then
+    Exit;
+  Result := 'pedidos ' + Numero(Venda.FValor.Centavos) + ' centavos, aprovados "' +
+    Resultado.Campos.ValorCentavos + '", do cupom "' + Resultado.Campos.Cupom +
+    '"; o desfazimento é do cupom pedido';
+  if OutroCupom then
+    Result := Result + ': verifique no GP o da resposta';
 end;
 
 // Diário
@@ -793,22 +817,20 @@ end;
 procedure AbrirNoDiario(const Caminho: UnicodeString; const Venda: TVenda);
 var
   Vendas: TVendasAbertas;
-  I: Integer;
 begin
   if Caminho = '' then
     Exit;
   EnterCriticalSection(TravaDiario);
   try
     Vendas := LerDiario(Caminho);
-    I := Procurar(Vendas, Venda.FCupom);
-    if I >= 0 then
-      raise VendaEmAberto(Venda.FCupom, Vendas[I].Estado,
-        'está em aberto no diário (' + ESTADOS[Vendas[I].Estado] + ')', '');
-    I := Length(Vendas);
-    SetLength(Vendas, I + 1);
-    Vendas[I].Cupom := Venda.FCupom;
-    Vendas[I].Centavos := Venda.FValor.Centavos;
-    Vendas[I].Estado := evIniciada;
+    if Length(Vendas) > 0 then
+      raise VendaEmAberto(Vendas[0].Cupom, Vendas[0].Estado, 'está em aberto no diário (' +
+        ESTADOS[Vendas[0].Estado] + '): falta ' + FALTA[Vendas[0].Estado] +
+        ', com ConcluirVenda, antes de outra venda', '');
+    SetLength(Vendas, 1);
+    Vendas[0].Cupom := Venda.FCupom;
+    Vendas[0].Centavos := Venda.FValor.Centavos;
+    Vendas[0].Estado := evIniciada;
     GravarDiario(Caminho, Vendas);
   finally
     LeaveCriticalSection(TravaDiario);
@@ -1083,22 +1105,47 @@ begin
     raise ECaixoraDll.Create(CaminhoBiblioteca + ' não tem a função ' + TextoDe(PAnsiChar(Nome)));
 end;
 
-// Com a trava. CupomPermitido é o que ainda pode ser chamado durante a pendência.
-procedure RecusarPendencia(CupomPermitido: Integer);
+// As duas, com a trava.
+
+procedure RecusarVendaEmCurso;
 begin
-  if (CupomPendente <> 0) and (CupomPendente <> CupomPermitido) then
-    raise EPendenciaAberta.Create(CupomPendente,
-      'o desfecho foi recusado e precisa ser repetido antes de outra operação');
+  if CupomEmVenda <> 0 then
+    raise EUsoErrado.Create('há uma venda em andamento: cupom ' + Numero(CupomEmVenda));
 end;
 
-procedure VerificarPendencia(CupomPermitido: Integer);
+// Só o mesmo desfecho do mesmo cupom passa; um CupomPermitido 0 é o das outras operações.
+procedure RecusarPendencia(CupomPermitido: Integer = 0; Desfecho: TDesfecho = dsConfirmar);
+var
+  Pendencia: EPendenciaAberta;
+begin
+  if (CupomPendente = 0) or
+    ((CupomPendente = CupomPermitido) and (DesfechoPendente = Desfecho)) then
+    Exit;
+  Pendencia := EPendenciaAberta.Create(CupomPendente, 'falta ' +
+    ESTADOS[ESTADO_DO_DESFECHO[DesfechoPendente]] +
+    ', que foi recusado e precisa ser repetido antes de outra operação');
+  Pendencia.FDesfecho := DesfechoPendente;
+  raise Pendencia;
+end;
+
+procedure OcuparVenda(Cupom: Integer; CupomPermitido: Integer = 0;
+  Desfecho: TDesfecho = dsConfirmar);
 begin
   EnterCriticalSection(Trava);
   try
-    RecusarPendencia(CupomPermitido);
+    RecusarVendaEmCurso;
+    RecusarPendencia(CupomPermitido, Desfecho);
+    CupomEmVenda := Cupom;
   finally
     LeaveCriticalSection(Trava);
   end;
+end;
+
+procedure LiberarVenda;
+begin
+  EnterCriticalSection(Trava);
+  CupomEmVenda := 0;
+  LeaveCriticalSection(Trava);
 end;
 
 // TCaixora: configuração
@@ -1140,6 +1187,13 @@ procedure TCaixora.ExigirDiario;
 begin
   if FDiario = '' then
     raise EDiario.Create('não há diário: informe a propriedade Diario');
+end;
+
+procedure TCaixora.ExigirForaDoDiario(Cupom: Integer);
+begin
+  if (FDiario <> '') and (Procurar(VendasEmAberto, Cupom) >= 0) then
+    raise EUsoErrado.Create('o cupom ' + Numero(Cupom) +
+      ' está em aberto no diário: use ConcluirVenda');
 end;
 
 // TCaixora: chamadas
@@ -1184,32 +1238,38 @@ begin
 end;
 
 // Duracao é NAO_CHAMADA enquanto a DLL não foi chamada.
-function TCaixora.Chamar(const Pedido: TVenda; out Duracao: Int64): TResultado;
+function TCaixora.ChamarNaVenda(const Pedido: TVenda; out Duracao: Int64): TResultado;
 var
-  Desfecho: Boolean;
+  Desfecho: TDesfecho;
+  EhDesfecho: Boolean;
   Endereco, Texto: Pointer;
   Inicio: UInt64;
 begin
   Duracao := NAO_CHAMADA;
   if Pedido.FNome = '' then
     raise EArgumentoInvalido.Create('a venda não foi preenchida');
-  Desfecho := (Pedido.FNome = FUNCAO_DO_DESFECHO[dsConfirmar]) or
-    (Pedido.FNome = FUNCAO_DO_DESFECHO[dsDesfazer]);
+  Desfecho := dsConfirmar;
+  if Pedido.FNome = FUNCAO_DO_DESFECHO[dsDesfazer] then
+    Desfecho := dsDesfazer;
+  EhDesfecho := Pedido.FNome = FUNCAO_DO_DESFECHO[Desfecho];
   EnterCriticalSection(Trava);
   try
-    if Desfecho then
-      RecusarPendencia(Pedido.FCupom)
+    if EhDesfecho then
+      RecusarPendencia(Pedido.FCupom, Desfecho)
     else
-      RecusarPendencia(0);
+      RecusarPendencia;
     Endereco := Funcao(Pedido.FNome);
-    if Desfecho then
+    if EhDesfecho then
+    begin
       CupomPendente := Pedido.FCupom;
+      DesfechoPendente := Desfecho;
+    end;
     Duracao := 0;
     Inicio := GetTickCount64;
     Texto := ChamarDll(Pedido, Endereco);
     Duracao := Int64(GetTickCount64 - Inicio);
     Result := Interpretar(Decodificar(LerTextoCaixora(Texto)));
-    if Desfecho and (Result.Codigo > 0) then
+    if EhDesfecho and (Result.Codigo > 0) then
       CupomPendente := 0;
   finally
     LeaveCriticalSection(Trava);
@@ -1220,7 +1280,26 @@ function TCaixora.Chamar(const Pedido: TVenda): TResultado;
 var
   Duracao: Int64;
 begin
-  Result := Chamar(Pedido, Duracao);
+  EnterCriticalSection(Trava);
+  try
+    RecusarVendaEmCurso;
+    Result := ChamarNaVenda(Pedido, Duracao);
+  finally
+    LeaveCriticalSection(Trava);
+  end;
+end;
+
+function TCaixora.DarDesfecho(Cupom: Integer; Desfecho: TDesfecho): TResultado;
+begin
+  ExigirCupom(Cupom);
+  EnterCriticalSection(Trava);
+  try
+    RecusarVendaEmCurso; // é o que há a dizer de um cupom que está no diário por causa dela
+    ExigirForaDoDiario(Cupom);
+    Result := Chamar(TVenda.Pedido(FUNCAO_DO_DESFECHO[Desfecho], foCupom, Cupom));
+  finally
+    LeaveCriticalSection(Trava);
+  end;
 end;
 
 function TCaixora.Vender(const Venda: TVenda): TResultado;
@@ -1303,14 +1382,12 @@ end;
 
 function TCaixora.Confirmar(Cupom: Integer): TResultado;
 begin
-  ExigirCupom(Cupom);
-  Result := Chamar(TVenda.Pedido(FUNCAO_DO_DESFECHO[dsConfirmar], foCupom, Cupom));
+  Result := DarDesfecho(Cupom, dsConfirmar);
 end;
 
 function TCaixora.Desfazimento(Cupom: Integer): TResultado;
 begin
-  ExigirCupom(Cupom);
-  Result := Chamar(TVenda.Pedido(FUNCAO_DO_DESFECHO[dsDesfazer], foCupom, Cupom));
+  Result := DarDesfecho(Cupom, dsDesfazer);
 end;
 
 function TCaixora.Cancelar(const Valor: TValor; Cupom: Integer;
@@ -1382,7 +1459,7 @@ function TCaixora.Teste: UnicodeString;
 begin
   EnterCriticalSection(Trava);
   try
-    RecusarPendencia(0); // Teste a apagaria sem que ninguém o tivesse decidido
+    RecusarPendencia; // Teste a apagaria sem que ninguém o tivesse decidido
     Result := TextoDe(TFnTeste(Funcao('Teste'))());
   finally
     LeaveCriticalSection(Trava);
@@ -1393,6 +1470,7 @@ procedure TCaixora.EsquecerPendencia;
 begin
   EnterCriticalSection(Trava);
   try
+    RecusarVendaEmCurso; // ela ainda repete o desfecho
     TFnTeste(Funcao('Teste'))();
     CupomPendente := 0;
   finally
@@ -1423,7 +1501,8 @@ var
   Tentativa: Integer;
   Resultado: TResultado;
   Estado: TEstadoVenda;
-  Texto, Ultima: UnicodeString;
+  Duracao: Int64;
+  Texto: UnicodeString;
 begin
   Estado := ESTADO_DO_DESFECHO[Desfecho];
   try
@@ -1435,16 +1514,8 @@ begin
   begin
     if Tentativa > 1 then
       Sleep(FPausaMs);
-    try
-      Resultado := Chamar(TVenda.Pedido(FUNCAO_DO_DESFECHO[Desfecho], foCupom, Cupom));
-      Ultima := Resultado.Mensagem;
-    except
-      on E: EPendenciaAberta do // de outra thread, que pode resolvê-la entre as tentativas
-      begin
-        Resultado.Codigo := 0;
-        Ultima := E.Mensagem;
-      end;
-    end;
+    Resultado := ChamarNaVenda(TVenda.Pedido(FUNCAO_DO_DESFECHO[Desfecho], foCupom, Cupom),
+      Duracao);
     if Resultado.Codigo > 0 then
     begin
       try
@@ -1457,26 +1528,21 @@ begin
       Exit;
     end;
   end;
-  Texto := 'falta ' + ESTADOS[Estado] + ' (' + Ultima + ')';
+  Texto := 'falta ' + ESTADOS[Estado] + ' (' + Resultado.Mensagem + ')';
   if Causa <> '' then
     Texto := Texto + '; seria desfeito por: ' + Causa;
-  raise VendaEmAberto(Cupom, Estado, Texto, Ultima);
+  raise VendaEmAberto(Cupom, Estado, Texto, Resultado.Mensagem);
 end;
 
-function TCaixora.VenderEConfirmar(const Venda: TVenda; AoAprovar: TAoAprovar): TVendaConcluida;
+function TCaixora.Conduzir(const Venda: TVenda; AoAprovar: TAoAprovar): TVendaConcluida;
 var
   Duracao: Int64;
   Texto: UnicodeString;
   Divergente: EValorDivergente;
 begin
-  if not Assigned(AoAprovar) then
-    raise EArgumentoInvalido.Create('AoAprovar não foi informado');
-  if Venda.FNome = '' then
-    raise EArgumentoInvalido.Create('a venda não foi preenchida');
-  VerificarPendencia(0);
   AbrirNoDiario(FDiario, Venda);
   try
-    Result.Resultado := Chamar(Venda, Duracao);
+    Result.Resultado := ChamarNaVenda(Venda, Duracao);
   except
     if Duracao = NAO_CHAMADA then
       TirarDoDiario(FDiario, Venda.FCupom)
@@ -1506,7 +1572,7 @@ begin
   if Texto <> '' then
   begin
     Encerrar(Venda.FCupom, dsDesfazer, Texto);
-    Divergente := EValorDivergente.Create(Venda.FCupom, Texto + '; a venda foi desfeita');
+    Divergente := EValorDivergente.Create(Venda.FCupom, Texto);
     Divergente.FPedido := Venda.FValor;
     Divergente.FResultado := Result.Resultado;
     raise Divergente;
@@ -1524,6 +1590,20 @@ begin
   Result.Motivo := '';
 end;
 
+function TCaixora.VenderEConfirmar(const Venda: TVenda; AoAprovar: TAoAprovar): TVendaConcluida;
+begin
+  if not Assigned(AoAprovar) then
+    raise EArgumentoInvalido.Create('AoAprovar não foi informado');
+  if Venda.FNome = '' then
+    raise EArgumentoInvalido.Create('a venda não foi preenchida');
+  OcuparVenda(Venda.FCupom);
+  try
+    Result := Conduzir(Venda, AoAprovar);
+  finally
+    LiberarVenda;
+  end;
+end;
+
 function TCaixora.VendasEmAberto: TVendasAbertas;
 begin
   ExigirDiario;
@@ -1536,13 +1616,26 @@ begin
 end;
 
 procedure TCaixora.ConcluirVenda(Cupom: Integer; Desfecho: TDesfecho);
+var
+  Vendas: TVendasAbertas;
+  I: Integer;
 begin
   ExigirDiario;
-  VerificarPendencia(Cupom);
-  if Procurar(VendasEmAberto, Cupom) < 0 then
-    raise EArgumentoInvalido.Create('cupom: ' + Numero(Cupom) + ' não está em aberto no diário');
-  AnotarNoDiario(FDiario, Cupom, ESTADO_DO_DESFECHO[Desfecho]);
-  Encerrar(Cupom, Desfecho, '');
+  ExigirCupom(Cupom);
+  OcuparVenda(Cupom, Cupom, Desfecho);
+  try
+    Vendas := VendasEmAberto;
+    I := Procurar(Vendas, Cupom);
+    if I < 0 then
+      raise EArgumentoInvalido.Create('cupom: ' + Numero(Cupom) + ' não está em aberto no diário');
+    if Pos(ESTADOS[ESTADO_DO_DESFECHO[Desfecho]], FALTA[Vendas[I].Estado]) = 0 then
+      raise EUsoErrado.Create('o cupom ' + Numero(Cupom) + ' está no diário como "' +
+        ESTADOS[Vendas[I].Estado] + '": só se pode ' + FALTA[Vendas[I].Estado]);
+    AnotarNoDiario(FDiario, Cupom, ESTADO_DO_DESFECHO[Desfecho]);
+    Encerrar(Cupom, Desfecho, '');
+  finally
+    LiberarVenda;
+  end;
 end;
 
 // TCaixora: fluxo interativo
@@ -1720,9 +1813,10 @@ procedure OcuparFluxo;
 begin
   EnterCriticalSection(Trava);
   try
-    RecusarPendencia(0);
+    RecusarVendaEmCurso;
+    RecusarPendencia;
     if FluxoEmCurso then
-      raise ECaixora.Create('já há um fluxo interativo em curso');
+      raise EUsoErrado.Create('já há um fluxo interativo em curso');
     FluxoEmCurso := True;
   finally
     LeaveCriticalSection(Trava);
