@@ -84,14 +84,20 @@ struct ErroDeDiario : Erro {
   using Erro::Erro;
 };
 
+enum class Desfecho { confirmar, desfazer };
+
 /// Um Confirmar ou Desfazimento foi recusado, e a DLL trataria a próxima operação como se fosse
-/// ele. Repita-o até passar; para desistir dele, Caixora::EsquecerPendencia.
+/// ele. Repita o mesmo até passar; para desistir dele, Caixora::EsquecerPendencia.
 struct PendenciaAberta : Erro {
-  explicit PendenciaAberta(std::int32_t cupom_pendente)
-      : Erro("Cupom " + std::to_string(cupom_pendente) +
-             ": a confirmação ou o desfazimento foi recusado; repita antes de outra operação"),
-        cupom(cupom_pendente) {}
+  PendenciaAberta(std::int32_t cupom_pendente, Desfecho desfecho_que_falta)
+      : Erro("Cupom " + std::to_string(cupom_pendente) + ": " +
+             (desfecho_que_falta == Desfecho::confirmar ? "a confirmação foi recusada"
+                                                        : "o desfazimento foi recusado") +
+             " e ainda falta; repita antes de outra operação"),
+        cupom(cupom_pendente),
+        desfecho(desfecho_que_falta) {}
   std::int32_t cupom;
+  Desfecho desfecho;
 };
 
 // ---- Números ----
@@ -429,17 +435,62 @@ class Biblioteca {
 
 namespace interno {
 
+struct Pendencia {
+  std::int32_t cupom;
+  Desfecho desfecho;
+  bool operator==(const Pendencia&) const = default;
+};
+
+struct VendaEmAndamento {
+  std::int32_t cupom;
+  std::thread::id vendedora = {};  // a thread que ainda pode chamar a venda, uma vez
+};
+
 /// O estado da DLL é do processo, e o que se sabe dele também.
 struct Estado {
-  std::mutex trava;                      // durante cada chamada
-  std::optional<std::int32_t> pendente;  // cupom de um desfecho recusado
-  std::uint64_t chamadas = 0;            // de pagamento, já entregues à DLL
+  std::mutex trava;                   // durante cada chamada
+  std::optional<Pendencia> pendente;  // o desfecho recusado
+  std::optional<VendaEmAndamento> venda;
 };
 inline Estado estado;
 
-inline void RecusarPendencia() {
-  if (estado.pendente) throw PendenciaAberta(*estado.pendente);
+/// Só o mesmo desfecho do mesmo cupom pode seguir.
+inline void RecusarPendencia(const std::optional<Pendencia>& permitido = {}) {
+  if (estado.pendente && estado.pendente != permitido)
+    throw PendenciaAberta(estado.pendente->cupom, estado.pendente->desfecho);
 }
+
+inline void RecusarVendaEmAndamento() {
+  if (estado.venda)
+    throw ErroDeUso("há uma venda em andamento: cupom " + std::to_string(estado.venda->cupom));
+}
+
+/// Do começo da venda ao seu desfecho, nada mais chega ao GP.
+class Reserva {
+ public:
+  explicit Reserva(std::int32_t cupom, const std::optional<Pendencia>& permitido = {}) {
+    const std::lock_guard dono(estado.trava);
+    RecusarVendaEmAndamento();
+    RecusarPendencia(permitido);
+    estado.venda = {cupom};
+  }
+  ~Reserva() {
+    const std::lock_guard dono(estado.trava);
+    estado.venda.reset();
+  }
+  Reserva(const Reserva&) = delete;
+  Reserva& operator=(const Reserva&) = delete;
+
+  void PermitirVenda() {
+    const std::lock_guard dono(estado.trava);
+    estado.venda->vendedora = std::this_thread::get_id();
+  }
+  /// Verdadeiro, se nenhuma venda chegou à DLL. A permissão acaba aqui.
+  bool RetirarPermissao() {
+    const std::lock_guard dono(estado.trava);
+    return std::exchange(estado.venda->vendedora, {}) != std::thread::id{};
+  }
+};
 
 struct FecharHandle {
   using pointer = HANDLE;
@@ -460,6 +511,13 @@ inline std::string_view Nome(EstadoDaVenda estado) {
   return nomes_de_estado[static_cast<std::size_t>(estado)];
 }
 
+/// O que falta a uma venda que parou neste estado.
+inline std::string_view Falta(EstadoDaVenda estado) {
+  constexpr std::array<std::string_view, 4> faltas = {"desfazer", "confirmar ou desfazer",
+                                                      "confirmar", "desfazer"};
+  return faltas[static_cast<std::size_t>(estado)];
+}
+
 struct VendaNoDiario {
   std::int32_t cupom;
   Centavos valor;
@@ -472,7 +530,8 @@ struct VendaNoDiario {
 struct VendaEmAberto : Erro, std::nested_exception {
   VendaEmAberto(std::int32_t cupom_aberto, EstadoDaVenda onde_parou, std::string mensagem)
       : Erro("Cupom " + std::to_string(cupom_aberto) + " em aberto (" +
-             std::string(Nome(onde_parou)) + ")" + (mensagem.empty() ? "" : ": " + mensagem)),
+             std::string(Nome(onde_parou)) + "; falta " + std::string(Falta(onde_parou)) + ")" +
+             (mensagem.empty() ? "" : ": " + mensagem)),
         cupom(cupom_aberto),
         estado(onde_parou),
         ultima_mensagem(std::move(mensagem)) {}
@@ -495,10 +554,18 @@ class Diario {
     return LerArquivo();
   }
 
+  /// Nada, se a venda não está em aberto.
+  std::optional<EstadoDaVenda> Estado(std::int32_t cupom) const {
+    const auto vendas = Ler();
+    const auto aberta = std::ranges::find(vendas, cupom, &VendaNoDiario::cupom);
+    return aberta == vendas.end() ? std::nullopt : std::optional(aberta->estado);
+  }
+
   void Iniciar(std::int32_t cupom, Centavos valor) {
     Mudar([&](std::vector<VendaNoDiario>& vendas) {
-      const auto aberta = std::ranges::find(vendas, cupom, &VendaNoDiario::cupom);
-      if (aberta != vendas.end()) throw VendaEmAberto(cupom, aberta->estado, "");
+      if (!vendas.empty())
+        throw VendaEmAberto(vendas.front().cupom, vendas.front().estado,
+                            "conclua-a antes de vender");
       vendas.push_back({cupom, valor, EstadoDaVenda::iniciada});
     });
   }
@@ -645,15 +712,15 @@ struct VendaConcluida {
   std::string motivo;  ///< vazio, se confirmada
 };
 
-enum class Desfecho { confirmar, desfazer };
-
-/// O GP aprovou outro valor, ou outro cupom; a venda foi desfeita.
+/// O GP aprovou outro valor, ou outro cupom. O desfazimento foi para o cupom pedido: confira no GP
+/// o que a resposta traz, se é outro.
 struct ValorDivergente : Erro {
   ValorDivergente(Centavos valor, std::int32_t cupom_pedido, Resultado resultado)
       : Erro("Cupom " + std::to_string(cupom_pedido) + ": pedidos " +
              std::to_string(valor.Valor()) + " centavos, mas a resposta traz \"" +
              resultado.valor_centavos + "\" centavos e o cupom \"" + resultado.cupom +
-             "\"; a venda foi desfeita"),
+             "\". O desfazimento foi enviado ao cupom " + std::to_string(cupom_pedido) +
+             "; se a resposta é de outro cupom, confira-o no GP"),
         valor_pedido(valor),
         cupom(cupom_pedido),
         resposta(std::move(resultado)) {}
@@ -785,10 +852,10 @@ class Caixora {
   // Depois da venda
 
   /// Passou, se a resposta é RespostaLocal(). Recusado, repita antes de qualquer outra operação:
-  /// até lá elas lançam PendenciaAberta.
-  Resultado Confirmar(Inteiro cupom) { return DarDesfecho(dll_.Confirmar, cupom); }
+  /// até lá elas lançam PendenciaAberta. Um cupom do diário é recusado: use ConcluirVenda.
+  Resultado Confirmar(Inteiro cupom) { return DesfechoDireto(cupom, Desfecho::confirmar); }
   /// Como Confirmar.
-  Resultado Desfazimento(Inteiro cupom) { return DarDesfecho(dll_.Desfazimento, cupom); }
+  Resultado Desfazimento(Inteiro cupom) { return DesfechoDireto(cupom, Desfecho::desfazer); }
   /// Um valor zero não é enviado. `controle` é o da venda, ou vazio.
   Resultado Cancelar(Centavos valor, Inteiro cupom, std::string_view controle) {
     return Pagar(dll_.Cancelar, valor.Reais(), cupom, ParaAnsi("sControle", controle).c_str(),
@@ -824,6 +891,7 @@ class Caixora {
   /// Desiste do desfecho recusado, que fica por fazer no GP: as operações voltam a ser aceitas.
   void EsquecerPendencia() {
     const std::lock_guard dono(interno::estado.trava);
+    interno::RecusarVendaEmAndamento();
     dll_.Teste();
     interno::estado.pendente.reset();
   }
@@ -846,15 +914,18 @@ class Caixora {
   /// Vende e dá à venda um desfecho, e um só: confirma-a depois que `ao_aprovar` a registra e
   /// imprime, ou a desfaz se `ao_aprovar` lança uma exceção (que segue adiante), se o valor não
   /// confere (ValorDivergente) ou se não se sabe o que houve. Se nem isso passa, lança
-  /// VendaEmAberto, e a venda fica no diário.
+  /// VendaEmAberto, e a venda fica no diário. Com outra venda em aberto no diário, não começa.
+  ///
+  /// Até o desfecho, qualquer outra operação, também de outra thread ou de dentro de `ao_aprovar`,
+  /// lança ErroDeUso. Por isso `venda.chamar` chama uma venda só, na thread em que foi chamada.
   template <std::invocable<const Resultado&> F>
   VendaConcluida VenderEConfirmar(const Venda& venda, F&& ao_aprovar) {
     static_assert(std::is_void_v<std::invoke_result_t<F&, const Resultado&>>,
                   "ao_aprovar avisa uma falha com uma exceção, e não com o que devolve");
     VerificarVenda(venda.valor, venda.cupom);
-    VerificarPendencia();
+    interno::Reserva reserva(venda.cupom);
     diario_.Iniciar(venda.cupom, venda.valor);
-    const auto [resultado, duracao] = ChamarVenda(venda);
+    const auto [resultado, duracao] = ChamarVenda(venda, reserva);
     if (!resultado.Aprovada()) {
       if (NegativaCerta(resultado, duracao)) {
         diario_.Remover(venda.cupom);
@@ -864,7 +935,7 @@ class Caixora {
       return {Situacao::desfeita, resultado, "resultado incerto: " + resultado.mensagem};
     }
     if (resultado.ValorCentavos() != venda.valor.Valor() ||
-        (!resultado.cupom.empty() && interno::Numero(resultado.cupom) != venda.cupom)) {
+        interno::Numero(resultado.cupom) != venda.cupom) {
       Concluir(venda.cupom, Desfecho::desfazer);
       throw ValorDivergente(venda.valor, venda.cupom, resultado);
     }
@@ -887,13 +958,19 @@ class Caixora {
     return diario_.Ler();
   }
 
-  /// Confirma ou desfaz uma venda em aberto e a tira do diário, ou lança VendaEmAberto.
+  /// Confirma ou desfaz uma venda em aberto e a tira do diário, ou lança VendaEmAberto. Só uma
+  /// aprovada deixa a escolha: iniciada e desfazer são desfeitas; confirmar, confirmada.
   void ConcluirVenda(Inteiro cupom, Desfecho desfecho) {
     ExigirDiario();
-    VerificarPendencia(cupom);
-    const auto vendas = diario_.Ler();
-    if (std::ranges::find(vendas, std::int32_t{cupom}, &VendaNoDiario::cupom) == vendas.end())
+    const interno::Reserva reserva(cupom, interno::Pendencia{cupom, desfecho});
+    const auto estado = diario_.Estado(cupom);
+    if (!estado)
       throw ErroDeUso("Cupom " + std::to_string(cupom) + ": não está em aberto no diário");
+    if (*estado != EstadoDaVenda::aprovada &&
+        (*estado == EstadoDaVenda::confirmar) != (desfecho == Desfecho::confirmar))
+      throw ErroDeUso("Cupom " + std::to_string(cupom) + ": está no diário como " +
+                      std::string(Nome(*estado)) + ", e só se pode " +
+                      std::string(Falta(*estado)));
     Concluir(cupom, desfecho);
   }
 
@@ -910,13 +987,17 @@ class Caixora {
     const std::string campo8 = ParaAnsiInterativo("sCampo8", inicio.campo8);
     const std::string campo9 = ParaAnsiInterativo("sCampo9", inicio.campo9);
     const auto chamar = [&](auto* funcao, std::uint32_t numero) {
-      return Travado(funcao, numero, cliente_.c_str(), inicio.campo3, campo4.c_str(), valor.c_str(),
-                     campo6.c_str(), campo7.c_str(), campo8.c_str(), campo9.c_str(), inicio.campo10,
-                     "");
+      return funcao(numero, cliente_.c_str(), inicio.campo3, campo4.c_str(), valor.c_str(),
+                    campo6.c_str(), campo7.c_str(), campo8.c_str(), campo9.c_str(), inicio.campo10,
+                    "");
     };
-    VerificarPendencia();
     ResultadoDeFluxo fim;
-    fim.codigo = chamar(dll_.IniciaFuncaoQJInterativo, inicio.funcao);
+    {
+      const std::lock_guard dono(interno::estado.trava);
+      interno::RecusarVendaEmAndamento();
+      interno::RecusarPendencia();
+      fim.codigo = chamar(dll_.IniciaFuncaoQJInterativo, inicio.funcao);
+    }
     if (fim.codigo != CAIXORA_QJ_SUCESSO) {
       fim.motivo = SignificadoQj(fim.codigo);
       return fim;
@@ -928,6 +1009,7 @@ class Caixora {
       throw;
     }
     fim.etapa = Etapa::finaliza;
+    const std::lock_guard dono(interno::estado.trava);
     fim.codigo = chamar(dll_.FinalizaFuncaoQJInterativo, *inicio.funcao_fim);
     fim.concluido = fim.codigo == CAIXORA_QJ_SUCESSO || fim.codigo == CAIXORA_QJ_EMAIL_AUSENTE;
     if (fim.codigo != CAIXORA_QJ_SUCESSO) fim.motivo = SignificadoQj(fim.codigo);
@@ -978,8 +1060,11 @@ class Caixora {
   template <class... P, class... A>
   Resultado Pagar(CaixoraTexto (*funcao)(const char*, const char*, P...), A... argumentos) {
     const std::lock_guard dono(interno::estado.trava);
+    auto& venda = interno::estado.venda;
+    if (!venda || venda->vendedora != std::this_thread::get_id())
+      interno::RecusarVendaEmAndamento();
     interno::RecusarPendencia();
-    ++interno::estado.chamadas;
+    if (venda) venda->vendedora = {};
     return Interpretar(
         ParaUtf8(Receber(funcao(cliente_.c_str(), parceiro_.c_str(), argumentos...))));
   }
@@ -997,13 +1082,22 @@ class Caixora {
     return Pagar(funcao, parcelas, valor.Reais(), cupom, leitor_);
   }
 
-  template <class F>
-  Resultado DarDesfecho(F funcao, std::int32_t cupom) {
+  Resultado DesfechoDireto(std::int32_t cupom, Desfecho desfecho) {
     VerificarCupom(cupom);
     const std::lock_guard dono(interno::estado.trava);
-    if (interno::estado.pendente != cupom) interno::RecusarPendencia();
-    interno::estado.pendente = cupom;  // até prova em contrário, mesmo se a cópia da resposta falha
-    ++interno::estado.chamadas;
+    interno::RecusarVendaEmAndamento();
+    if (diario_.Existe() && diario_.Estado(cupom))
+      throw ErroDeUso("Cupom " + std::to_string(cupom) +
+                      ": está em aberto no diário; use ConcluirVenda");
+    return DarDesfecho(cupom, desfecho);
+  }
+
+  /// Com a trava.
+  Resultado DarDesfecho(std::int32_t cupom, Desfecho desfecho) {
+    const interno::Pendencia este{cupom, desfecho};
+    interno::RecusarPendencia(este);
+    interno::estado.pendente = este;  // até prova em contrário, mesmo se a cópia da resposta falha
+    const auto funcao = desfecho == Desfecho::confirmar ? dll_.Confirmar : dll_.Desfazimento;
     Resultado resultado =
         Interpretar(ParaUtf8(Receber(funcao(cliente_.c_str(), parceiro_.c_str(), cupom))));
     if (resultado.codigo != 0) interno::estado.pendente.reset();
@@ -1022,22 +1116,15 @@ class Caixora {
   static void VerificarVenda(Centavos valor, std::int32_t cupom) {
     if (valor.Valor() < 1) throw ErroDeUso("valor: uma venda é de ao menos um centavo");
     VerificarCupom(cupom);
+    const std::lock_guard dono(interno::estado.trava);
+    const auto& venda = interno::estado.venda;
+    if (venda && venda->cupom != cupom) interno::RecusarVendaEmAndamento();
   }
   static void VerificarParcelas(std::int32_t parcelas) {
     if (parcelas < 1) throw ErroDeUso("parcelas: ao menos 1");
   }
   void ExigirDiario() const {
     if (!diario_.Existe()) throw ErroDeUso("diario: nenhum foi configurado");
-  }
-
-  /// Só o desfecho do mesmo cupom pode seguir.
-  static void VerificarPendencia(std::optional<std::int32_t> cupom = {}) {
-    const std::lock_guard dono(interno::estado.trava);
-    if (interno::estado.pendente != cupom) interno::RecusarPendencia();
-  }
-  static std::uint64_t Chamadas() {
-    const std::lock_guard dono(interno::estado.trava);
-    return interno::estado.chamadas;
   }
 
   template <class Item>
@@ -1076,16 +1163,19 @@ class Caixora {
     return texto;
   }
 
-  std::pair<Resultado, std::chrono::steady_clock::duration> ChamarVenda(const Venda& venda) {
-    const std::uint64_t antes = Chamadas();
+  std::pair<Resultado, std::chrono::steady_clock::duration> ChamarVenda(
+      const Venda& venda, interno::Reserva& reserva) {
+    reserva.PermitirVenda();
     try {
       const auto inicio = std::chrono::steady_clock::now();
       Resultado resultado = venda.chamar(*this, venda.valor, venda.cupom);
-      return {std::move(resultado), std::chrono::steady_clock::now() - inicio};
+      const auto duracao = std::chrono::steady_clock::now() - inicio;
+      reserva.RetirarPermissao();
+      return {std::move(resultado), duracao};
     } catch (...) {
       // Se nada chegou à DLL, não há venda; senão, ela pode ter sido feita.
-      Chamadas() == antes ? diario_.Remover(venda.cupom)
-                          : Concluir(venda.cupom, Desfecho::desfazer);
+      reserva.RetirarPermissao() ? diario_.Remover(venda.cupom)
+                                 : Concluir(venda.cupom, Desfecho::desfazer);
       throw;
     }
   }
@@ -1111,13 +1201,11 @@ class Caixora {
     std::string mensagem;
     for (int tentativa = 1; tentativa <= tentativas_; ++tentativa) {
       if (tentativa > 1) std::this_thread::sleep_for(pausa_);
-      try {
-        const Resultado resultado = confirmar ? Confirmar(cupom) : Desfazimento(cupom);
-        if (resultado.codigo != 0) return diario_.Remover(cupom);
-        mensagem = resultado.mensagem;
-      } catch (const PendenciaAberta& outra) {  // de outra thread, que também insiste
-        mensagem = outra.what();
-      }
+      std::unique_lock dono(interno::estado.trava);
+      const Resultado resultado = DarDesfecho(cupom, desfecho);
+      dono.unlock();
+      if (resultado.codigo != 0) return diario_.Remover(cupom);
+      mensagem = resultado.mensagem;
     }
     throw VendaEmAberto(cupom, estado, mensagem);
   }

@@ -178,8 +178,10 @@ export class Caixora {
 
   /**
    * Vende, chama `aoAprovar` (grave a venda e imprima ali) e confirma. Se `aoAprovar` rejeita, ou
-   * devolve false, a venda é desfeita e o erro dela segue adiante. Rejeita com `VendaEmAberto`,
-   * `ValorDivergente`, `PendenciaAberta` ou `DiarioErro`.
+   * devolve false, a venda é desfeita e o erro dela segue adiante. Rejeita com `VendaEmAberto`
+   * (também se outra venda está em aberto no diário), `ValorDivergente`, `PendenciaAberta` ou
+   * `DiarioErro`. Até o desfecho, qualquer outra operação rejeita com `ArgumentoInvalido`, também
+   * de dentro de `aoAprovar`.
    */
   venderEConfirmar(
     venda: Venda,
@@ -189,7 +191,10 @@ export class Caixora {
   /** As vendas sem desfecho no diário. Consulte-as ao abrir o PDV. */
   vendasEmAberto(): Promise<VendaNoDiario[]>;
 
-  /** Leva o desfecho de uma venda do diário ao GP; rejeita com `VendaEmAberto` se não conseguir. */
+  /**
+   * Leva o desfecho de uma venda do diário ao GP; rejeita com `VendaEmAberto` se não conseguir. Só
+   * uma `aprovada` deixa a escolha: `iniciada` e `desfazer` são desfeitas; `confirmar`, confirmada.
+   */
   concluirVenda(cupom: number, desfecho: 'confirmar' | 'desfazer'): Promise<void>;
 
   /** Espera o GP atender, para a abertura do dia; rejeita se ele não atender. */
@@ -235,7 +240,10 @@ export class Caixora {
   ): Promise<Resultado>;
   listarLinkPagamentoPago(valor: Valor, cupom: number): Promise<Resultado>;
   manutencaoLinkPagamento(): Promise<Resultado>;
-  /** Grava o pedido e não espera o GP; repita até que a resposta seja `respostaLocal`. */
+  /**
+   * Grava o pedido e não espera o GP; repita até que a resposta seja `respostaLocal`. Um cupom do
+   * diário é recusado: use `concluirVenda`.
+   */
   confirmar(cupom: number): Promise<Resultado>;
   /** Como `confirmar`. */
   desfazimento(cupom: number): Promise<Resultado>;
@@ -259,7 +267,10 @@ export class Caixora {
 
 export class CaixoraErro extends Error {}
 
-/** Um argumento que não pode ser enviado; a mensagem diz qual e por quê. */
+/**
+ * Um uso errado: um argumento que não pode ser enviado, ou uma operação durante outra venda. A
+ * mensagem diz qual e por quê, e nada é enviado.
+ */
 export class ArgumentoInvalido extends CaixoraErro {}
 
 /** O diário não pôde ser lido ou gravado, ou não está na configuração. */
@@ -268,18 +279,23 @@ export class DiarioErro extends CaixoraErro {}
 /** Um desfecho recusado: a DLL responderia à próxima operação como se fosse ele. */
 export class PendenciaAberta extends CaixoraErro {
   readonly cupom: number;
+  /** O que falta: só ele, para este cupom, é aceito. */
+  readonly desfecho: 'confirmar' | 'desfazer';
 }
 
 export class VendaEmAberto extends CaixoraErro {
   readonly cupom: number;
-  /** O estado no diário (em `confirmar` e `desfazer`, o que falta), ou "em andamento". */
-  readonly estado: VendaNoDiario['estado'] | 'em andamento';
+  /** O estado no diário; a mensagem diz o que falta. */
+  readonly estado: VendaNoDiario['estado'];
   readonly ultimaMensagem: string;
   /** O erro que levou ao desfazimento, se houve um. */
   readonly cause?: unknown;
 }
 
-/** O GP aprovou outro valor ou outro cupom; a venda foi desfeita. */
+/**
+ * O GP aprovou outro valor ou outro cupom. O desfazimento foi para o cupom pedido: confira no GP o
+ * que a resposta traz, se é outro.
+ */
 export class ValorDivergente extends CaixoraErro {
   readonly cupom: number;
   readonly valorPedido: number;

@@ -39,8 +39,8 @@ class Fila {
 const processo = (globalThis[Symbol.for('caixora/1')] ??= {
   dll: null, // { caminho, funcoes }
   chamadas: new Fila(),
-  pendencia: null, // o cupom cujo desfecho foi recusado
-  emVenda: new Set(), // cupons cujo desfecho está a cargo de uma chamada em andamento
+  pendencia: null, // o desfecho recusado: { cupom, desfecho }
+  emVenda: null, // o cupom cujo desfecho está a cargo de uma chamada em andamento
   emFluxo: false,
   emUso: null, // os argumentos da chamada em andamento
   diarios: new Fila(),
@@ -59,18 +59,30 @@ class ArgumentoInvalido extends CaixoraErro {}
 class DiarioErro extends CaixoraErro {}
 
 class PendenciaAberta extends CaixoraErro {
-  constructor(cupom) {
-    super(
-      `o desfecho do cupom ${cupom} foi recusado e continua pendente: repita-o, ou chame ` +
-        'esquecerPendencia'
-    );
+  constructor(cupom, desfecho) {
+    const recusado =
+      desfecho === 'confirmar' ? 'a confirmação foi recusada' : 'o desfazimento foi recusado';
+    super(`cupom ${cupom}: ${recusado} e ainda falta; repita, ou chame esquecerPendencia`);
     this.cupom = cupom;
+    this.desfecho = desfecho;
   }
 }
 
+/** O que falta a uma venda que parou em cada estado. */
+const FALTA = {
+  iniciada: 'desfazer',
+  aprovada: 'confirmar ou desfazer',
+  confirmar: 'confirmar',
+  desfazer: 'desfazer',
+};
+
 class VendaEmAberto extends CaixoraErro {
   constructor(cupom, estado, ultimaMensagem, opcoes) {
-    super(`a venda do cupom ${cupom} está em aberto (${estado}): ${ultimaMensagem}`, opcoes);
+    super(
+      `a venda do cupom ${cupom} está em aberto (${estado}; falta ${FALTA[estado]}): ` +
+        ultimaMensagem,
+      opcoes
+    );
     this.cupom = cupom;
     this.estado = estado;
     this.ultimaMensagem = ultimaMensagem;
@@ -82,7 +94,8 @@ class ValorDivergente extends CaixoraErro {
     const { campos } = resultado;
     super(
       `pedidos ${valor} centavos no cupom ${cupom}, aprovados "${campos.valorCentavos}" no cupom ` +
-        `"${campos.cupom}"; a venda foi desfeita`
+        `"${campos.cupom}". O desfazimento foi enviado ao cupom ${cupom}; se a resposta é de ` +
+        'outro cupom, confira-o no GP'
     );
     this.cupom = cupom;
     this.valorPedido = valor;
@@ -268,10 +281,11 @@ const VENDAS = {
     texto('campo012'), LEITOR,
   ],
 };
-const DESFECHOS = { confirmar: [CUPOM_DE_VENDA], desfazimento: [CUPOM_DE_VENDA] };
+const DESFECHOS = { confirmar: 'confirmar', desfazimento: 'desfazer' };
 const FUNCOES = {
   ...VENDAS,
-  ...DESFECHOS,
+  confirmar: [CUPOM_DE_VENDA],
+  desfazimento: [CUPOM_DE_VENDA],
   listarLinkPagamentoPago: [VALOR, CUPOM, LEITOR],
   manutencaoLinkPagamento: [LEITOR],
   cancelar: [VALOR, CUPOM, texto('controle'), LEITOR],
@@ -382,10 +396,20 @@ function carregar(caminho) {
   }
 }
 
-/** Durante uma pendência, só o desfecho do mesmo cupom pode seguir. */
-function exigirSemPendencia(cupomPermitido = null) {
-  const { pendencia } = processo;
-  if (pendencia !== null && pendencia !== cupomPermitido) throw new PendenciaAberta(pendencia);
+/** Durante uma pendência, só o mesmo desfecho do mesmo cupom pode seguir. */
+function exigirSemPendencia(cupomPermitido, desfechoPermitido) {
+  if (processo.pendencia === null) return;
+  const { cupom, desfecho } = processo.pendencia;
+  if (cupom !== cupomPermitido || desfecho !== desfechoPermitido) {
+    throw new PendenciaAberta(cupom, desfecho);
+  }
+}
+
+/** Esperar pela venda travaria quem chama de dentro de aoAprovar. */
+function exigirSemVenda() {
+  if (processo.emVenda !== null) {
+    throw new ArgumentoInvalido(`há uma venda em andamento: cupom ${processo.emVenda}`);
+  }
 }
 
 /** Uma chamada por vez: a tarefa recebe as funções da DLL quando a anterior já voltou. */
@@ -458,9 +482,8 @@ function recusaCerta(resultado, ms) {
 }
 
 function conferirAprovacao(resultado, valor, cupom) {
-  const cupomAprovado = resultado.campos.cupom;
-  const outroCupom = cupomAprovado !== '' && Number(cupomAprovado) !== cupom;
-  if (resultado.valorCentavos !== valor || outroCupom) {
+  // Number('') é 0, que não é cupom de venda.
+  if (resultado.valorCentavos !== valor || Number(resultado.campos.cupom) !== cupom) {
     throw new ValorDivergente(cupom, valor, resultado);
   }
 }
@@ -497,11 +520,20 @@ class Diario {
     return processo.diarios.entrar(async () => [...(await this.#ler()).values()]);
   }
 
+  async exigirFora(cupom) {
+    if (this.#caminho === null) return;
+    if ((await this.vendas()).some((aberta) => aberta.cupom === cupom)) {
+      throw new ArgumentoInvalido(
+        `cupom: ${cupom} está em aberto no diário; use concluirVenda`
+      );
+    }
+  }
+
   abrir(cupom, valorCentavos) {
     return this.#mudar((vendas) => {
-      const aberta = vendas.get(cupom);
+      const [aberta] = vendas.values();
       if (aberta !== undefined) {
-        throw new VendaEmAberto(cupom, aberta.estado, 'conclua-a antes de vender com este cupom');
+        throw new VendaEmAberto(aberta.cupom, aberta.estado, 'conclua-a antes de vender');
       }
       vendas.set(cupom, { cupom, valorCentavos, estado: 'iniciada' });
     });
@@ -670,6 +702,7 @@ class Caixora {
   }
 
   async esquecerPendencia() {
+    exigirSemVenda();
     await naVez(async (dll) => {
       await dll.teste();
       processo.pendencia = null;
@@ -716,11 +749,17 @@ class Caixora {
       throw new ArgumentoInvalido(`desfecho: ${inspect(desfecho)}; use "confirmar" ou "desfazer"`);
     }
     await this.#reservando(cupom, async () => {
+      await naVez(() => exigirSemPendencia(cupom, desfecho));
       const venda = (await this.#diario.vendas()).find((aberta) => aberta.cupom === cupom);
       if (venda === undefined) {
         throw new ArgumentoInvalido(`cupom: ${cupom} não está em aberto no diário`);
       }
-      exigirSemPendencia(cupom);
+      const { estado } = venda;
+      if (!FALTA[estado].split(' ou ').includes(desfecho)) {
+        throw new ArgumentoInvalido(
+          `desfecho: o cupom ${cupom} está no diário como ${estado}, e só se pode ${FALTA[estado]}`
+        );
+      }
       await this.#concluir(cupom, venda.valorCentavos, desfecho);
     });
   }
@@ -754,6 +793,7 @@ class Caixora {
       numeroDe('campo10'),
       codificar('', 'campo11'),
     ];
+    exigirSemVenda();
     // Iniciar outro encerraria o companheiro do primeiro no meio da transação.
     if (processo.emFluxo) throw new CaixoraErro('já há um fluxo interativo em andamento');
     processo.emFluxo = true;
@@ -780,18 +820,20 @@ class Caixora {
   async #direta(funcao, valores) {
     const argumentos = this.#argumentos(funcao, valores);
     const cupom = valores[parametrosDe(funcao).indexOf(CUPOM_DE_VENDA)];
-    if (processo.emVenda.has(cupom)) {
-      throw new CaixoraErro(`o cupom ${cupom} está em venderEConfirmar ou concluirVenda`);
+    exigirSemVenda();
+    if (Object.hasOwn(DESFECHOS, funcao)) {
+      await this.#diario.exigirFora(cupom);
+      exigirSemVenda();
     }
     return (await this.#chamar(funcao, argumentos, cupom)).resultado;
   }
 
   /** Chama a DLL na sua vez, e diz quanto ela demorou. */
   async #chamar(funcao, argumentos, cupom) {
-    const desfecho = Object.hasOwn(DESFECHOS, funcao);
+    const desfecho = DESFECHOS[funcao];
     return naVez(async (dll) => {
-      exigirSemPendencia(desfecho ? cupom : null);
-      if (desfecho) processo.pendencia = cupom;
+      exigirSemPendencia(cupom, desfecho);
+      if (desfecho) processo.pendencia = { cupom, desfecho };
       const inicio = performance.now();
       const bruto = await dll[funcao](...argumentos);
       const ms = performance.now() - inicio;
@@ -801,20 +843,19 @@ class Caixora {
     });
   }
 
-  /** Até a tarefa terminar, ninguém mais vende nem conclui este cupom. */
+  /** Até a tarefa terminar, nenhuma outra operação chega ao GP. */
   async #reservando(cupom, tarefa) {
-    if (processo.emVenda.has(cupom)) {
-      throw new VendaEmAberto(cupom, 'em andamento', 'espere a chamada que cuida dele');
-    }
-    processo.emVenda.add(cupom);
+    exigirSemVenda();
+    processo.emVenda = cupom;
     try {
       return await tarefa();
     } finally {
-      processo.emVenda.delete(cupom);
+      processo.emVenda = null;
     }
   }
 
   async #vender(funcao, argumentos, valor, cupom, aoAprovar) {
+    await naVez(() => exigirSemPendencia());
     await this.#diario.abrir(cupom, valor);
     let chamada;
     try {
