@@ -1,5 +1,5 @@
-// Torture: scripts again and again, each time with another fault. Every call that can be refused is,
-// once; memory runs out for good at every allocation; the log is lost from every line on, which
+// Torture: scripts again and again, each time with another fault. Every call that can be refused
+// is, once; memory runs out for good at every allocation; the log is lost from every line on, which
 // rightly ends the process: those runs have one of their own.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
