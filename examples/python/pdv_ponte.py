@@ -32,7 +32,7 @@ class VendaEmAberto(Erro):
 
 
 class ValorDivergente(Erro):
-    """O GP aprovou outro valor, ou outro cupom; a venda foi desfeita."""
+    """O GP aprovou outro valor, ou outro cupom; foi desfeito o cupom pedido."""
 
 
 class PonteCaiu(Erro):
@@ -47,7 +47,8 @@ class Ponte:
         self.processo = subprocess.Popen(comando, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                          encoding="utf-8")
         self.numero = 0
-        self.pendente = None  # cupom de um desfecho recusado
+        self.pendente = None  # (cupom, função) de um desfecho recusado
+        self.em_venda = None  # cupom de vender_e_confirmar ou de concluir_venda
 
     def chamar(self, funcao, **args):
         self.numero += 1
@@ -68,16 +69,31 @@ class Ponte:
         return resposta
     # fim do trecho
 
+    def ocupar(self, cupom):
+        self.recusar_venda_em_andamento()
+        self.em_venda = cupom
+
+    def recusar_venda_em_andamento(self):
+        if self.em_venda is not None:
+            raise Erro(f"há uma venda em andamento: cupom {self.em_venda}")
+
+    def recusar_pendencia(self, desfecho=None):
+        if self.pendente not in (None, desfecho):
+            cupom, funcao = self.pendente
+            raise PendenciaAberta(f"Cupom {cupom}: {funcao} foi recusado; repita-o")
+
     def pagar(self, funcao, **args):
-        if self.pendente is not None:
-            raise PendenciaAberta(f"Cupom {self.pendente}: repita o desfecho recusado")
+        self.recusar_venda_em_andamento()
+        return self.pagar_na_venda(funcao, **args)
+
+    def pagar_na_venda(self, funcao, **args):
+        self.recusar_pendencia()
         return self.chamar(funcao, **CNPJS, **args)
 
     def dar_desfecho(self, funcao, cupom):
-        """Confirmar ou Desfazimento."""
-        if self.pendente not in (None, cupom):
-            raise PendenciaAberta(f"Cupom {self.pendente}: repita o desfecho recusado")
-        self.pendente = cupom
+        """Confirmar ou Desfazimento; use concluir_venda, que também cuida do diário."""
+        self.recusar_pendencia((cupom, funcao))
+        self.pendente = cupom, funcao
         resposta = self.chamar(funcao, **CNPJS, iCupom=cupom)
         if resposta["ok"]:
             self.pendente = None
@@ -86,7 +102,10 @@ class Ponte:
 
 # ---- Diário: as vendas em aberto, em disco; o mesmo arquivo em todas as linguagens ----
 
-ESTADOS = ("iniciada", "aprovada", "confirmar", "desfazer")
+ESTADOS = {  # e os desfechos que cada um admite
+    "iniciada": ("desfazer",), "aprovada": ("confirmar", "desfazer"), "confirmar": ("confirmar",),
+    "desfazer": ("desfazer",)}
+FUNCOES = {"confirmar": "Confirmar", "desfazer": "Desfazimento"}
 
 
 def ler_diario():
@@ -146,15 +165,22 @@ def remover(cupom):
 def vender_e_confirmar(ponte, funcao, centavos, cupom, ao_aprovar, **args):
     """Vende e dá à venda um desfecho, e um só. Devolve ("confirmada", "recusada" ou "desfeita",
     motivo). Uma exceção de ao_aprovar desfaz a venda e segue adiante."""
-    vendas = ler_diario()
-    if cupom in vendas:
-        raise VendaEmAberto(f"Cupom {cupom} em aberto ({vendas[cupom][1]})")
-    if ponte.pendente is not None:
-        raise PendenciaAberta(f"Cupom {ponte.pendente}: repita o desfecho recusado")
-    gravar_diario(vendas | {cupom: (centavos, "iniciada")})
+    ponte.ocupar(cupom)
+    try:
+        return conduzir(ponte, funcao, centavos, cupom, ao_aprovar, args)
+    finally:
+        ponte.em_venda = None
+
+
+def conduzir(ponte, funcao, centavos, cupom, ao_aprovar, args):
+    ponte.recusar_pendencia()
+    for aberta, (_, estado) in ler_diario().items():
+        raise VendaEmAberto(f"Cupom {aberta} em aberto ({estado}): "
+                            f"falta {' ou '.join(ESTADOS[estado])}, antes de outra venda")
+    gravar_diario({cupom: (centavos, "iniciada")})
     inicio = time.monotonic()
     try:
-        r = ponte.pagar(funcao, centavos=centavos, iCupom=cupom, **LEITOR, **args)
+        r = ponte.pagar_na_venda(funcao, centavos=centavos, iCupom=cupom, **LEITOR, **args)
     except PonteCaiu:
         raise  # fica no diário: ao abrir outra ponte, desfaça
     except Erro:
@@ -168,10 +194,13 @@ def vender_e_confirmar(ponte, funcao, centavos, cupom, ao_aprovar, **args):
         concluir(ponte, cupom, "desfazer")
         return "desfeita", "resultado incerto: " + r["mensagem"]
     campos = r["campos"]
-    if campos["valor_centavos"] != str(centavos) or campos["cupom"] not in ("", str(cupom)):
+    outro_cupom = numero(campos["cupom"]) != cupom
+    if outro_cupom or numero(campos["valor_centavos"]) != centavos:
         concluir(ponte, cupom, "desfazer")
-        raise ValorDivergente(f"Cupom {cupom}: pedidos {centavos} centavos, aprovados "
-                              f"\"{campos['valor_centavos']}\"; a venda foi desfeita")
+        raise ValorDivergente(
+            f"Cupom {cupom}: pedidos {centavos} centavos, aprovados \"{campos['valor_centavos']}\""
+            f", do cupom \"{campos['cupom']}\"; o desfazimento foi do cupom pedido"
+            + (": verifique no GP o da resposta" if outro_cupom else ""))
     try:
         marcar(cupom, "aprovada")
         ao_aprovar(r)
@@ -180,6 +209,10 @@ def vender_e_confirmar(ponte, funcao, centavos, cupom, ao_aprovar, **args):
         raise
     concluir(ponte, cupom, "confirmar")
     return "confirmada", ""
+
+
+def numero(texto):
+    return int(texto) if texto.isascii() and texto.isdigit() else None
 
 
 def negativa_certa(r, duracao):
@@ -202,10 +235,27 @@ def concluir(ponte, cupom, estado):
     for tentativa in range(TENTATIVAS):
         if tentativa > 0:
             time.sleep(PAUSA)
-        r = ponte.dar_desfecho("Confirmar" if estado == "confirmar" else "Desfazimento", cupom)
+        r = ponte.dar_desfecho(FUNCOES[estado], cupom)
         if r["ok"]:
             return remover(cupom)
     raise VendaEmAberto(f"Cupom {cupom} em aberto ({estado}): {r['mensagem']}")
+
+
+def concluir_venda(ponte, cupom, desfecho):
+    """Para uma venda que está no diário."""
+    ponte.ocupar(cupom)
+    try:
+        ponte.recusar_pendencia((cupom, FUNCOES[desfecho]))
+        vendas = ler_diario()
+        if cupom not in vendas:
+            raise Erro(f"Cupom {cupom} não está em aberto no diário")
+        estado = vendas[cupom][1]
+        if desfecho not in ESTADOS[estado]:
+            raise Erro(f"Cupom {cupom} está como \"{estado}\": só se pode "
+                       + " ou ".join(ESTADOS[estado]))
+        concluir(ponte, cupom, desfecho)
+    finally:
+        ponte.em_venda = None
 
 
 def aguardar_gp(ponte, tentativas):
@@ -224,6 +274,8 @@ def aguardar_gp(ponte, tentativas):
 def fluxo(ponte, funcao, funcao_fim, args, perguntar):
     """Conduz o fluxo e devolve as partes CHAVE:valor do retorno. perguntar dá a resposta, ou None
     para cancelar."""
+    ponte.recusar_venda_em_andamento()
+    ponte.recusar_pendencia()
     r = ponte.chamar("IniciaFuncaoQJInterativo", uFuncao=funcao, **args)
     if not r["ok"]:
         raise Erro(r["mensagem"])
@@ -331,7 +383,7 @@ def retomar(ponte):
         print(f"Cupom {cupom}: em aberto ({estado}), R$ {reais(centavos)}", flush=True)
         # Este PDV não guarda as vendas: nenhuma aprovada está nos seus registros.
         desfecho = "confirmar" if estado == "confirmar" else "desfazer"
-        concluir(ponte, cupom, desfecho)
+        concluir_venda(ponte, cupom, desfecho)
         print(f"Cupom {cupom}: {'confirmada' if desfecho == 'confirmar' else 'desfeita'}")
 
 
