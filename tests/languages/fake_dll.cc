@@ -19,6 +19,7 @@ namespace {
 
 std::atomic<int> inside = 0;
 std::map<std::string, int> turns;  // by function and coupon
+bool forgotten = false;            // by Teste, and nothing was called since
 uint32_t flow = 0;
 int polls = 0;
 
@@ -90,8 +91,8 @@ std::string Answer(const std::string& name, int coupon, double amount) {
   if (name == "Confirmar" || name == "Desfazimento") {
     const bool confirm = name == "Confirmar";
     if (coupon == 18) ::RemoveDirectoryA("diario.txt.tmp");
-    const bool refused =
-        confirm ? coupon == 15 || (coupon == 14 && turn <= 2) : coupon == 17 && turn <= 3;
+    const bool refused = confirm ? (coupon == 14 && turn <= 2) || (coupon == 15 && !forgotten)
+                                 : coupon == 17 && turn <= 3;
     return refused ? "S;0;RECUSADA" : local;
   }
   if (name == "Atv" && coupon >= 40)
@@ -114,7 +115,7 @@ std::string Answer(const std::string& name, int coupon, double amount) {
       {10, "S;0;"},
       {11, "X"},
       {12, ""},
-      {13, approve(";1250", bytes)},
+      {13, approve("13;1250", bytes)},
   };
   const auto answer = answers.find(coupon);
   return answer != answers.end()
@@ -129,7 +130,9 @@ CaixoraTexto Text(const std::string& bytes) {
 template <class... A>
 CaixoraTexto Pay(const char* name, int coupon, double amount, A... arguments) {
   const Call call(name, arguments...);
-  return Text(Answer(name, coupon, amount));
+  const CaixoraTexto answer = Text(Answer(name, coupon, amount));
+  forgotten = false;
+  return answer;
 }
 
 }  // namespace
@@ -191,6 +194,7 @@ CaixoraTexto ReimpressaoDireto(T c, T p, T nsu, T date, N i, N l) {
 }
 T Teste() {
   const Call call("Teste");
+  forgotten = true;
   return "OK";
 }
 CaixoraTexto AguardaFuncaoQJInterativo() {  // nothing yet, a question, the return

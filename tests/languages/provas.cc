@@ -42,7 +42,8 @@ std::string Vender(int cupom, const std::string& depois) {
                                             [&](const Resultado& resultado) {
                                               Anotar("aprovada, " + resultado.comprovante.back());
                                               if (depois == "falha") throw ErroDoPdv();
-                                              if (depois == "atv") std::ignore = caixora.Atv(18);
+                                              if (depois == "trancar")
+                                                std::filesystem::create_directory("diario.txt.tmp");
                                             });
   const char* const nomes[] = {"confirmada ", "recusada ", "desfeita "};
   return nomes[static_cast<int>(fim.situacao)] + fim.motivo;
@@ -67,6 +68,7 @@ std::string Fazer(const std::string& acao, const std::string& a, const std::stri
   if (acao == "desfazer") return caixora.ConcluirVenda(n, Desfecho::desfazer), "feito";
   if (acao == "esquecer") return caixora.EsquecerPendencia(), "feito";
   if (acao == "atv") return Resumo(caixora.Atv(n));
+  if (acao == "confirmacao") return Resumo(caixora.Confirmar(n));
   if (acao == "desfazimento") return Resumo(caixora.Desfazimento(n));
   if (acao == "parcelas") return Resumo(caixora.VendeCreditoParcLoja(n, Centavos{1010}, 30));
   if (acao == "centavos") return Resumo(caixora.VendeCredito(Centavos{std::stoll(a)}, 30));

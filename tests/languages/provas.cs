@@ -56,8 +56,8 @@ public abstract class Provas
                     Anotar("aprovada, " + resultado.Comprovante.Last());
                     if (b == "falha")
                         throw new ErroDoPdv();
-                    if (b == "atv")
-                        Caixora.Atv(18);
+                    if (b == "trancar")
+                        Directory.CreateDirectory("diario.txt.tmp");
                 });
                 return fim.Situacao.ToString().ToLowerInvariant() + " " + fim.Motivo;
             case "confirmar":
@@ -70,6 +70,7 @@ public abstract class Provas
                 Caixora.EsquecerPendencia();
                 return "feito";
             case "atv": return Resumo(Caixora.Atv(n));
+            case "confirmacao": return Resumo(Caixora.Confirmar(n));
             case "desfazimento": return Resumo(Caixora.Desfazimento(n));
             case "parcelas": return Resumo(Caixora.VendeCreditoParcLoja(n, 10.10m, 30));
             case "centavos": return Resumo(VendeCredito(Numero(a) / 100));
@@ -99,7 +100,7 @@ public abstract class Provas
 
     private string Link(string descricao, string campo011) =>
         Resumo(Caixora.LinkPagamento(2, 10.10m, 30,
-            new[] { new ItemLink("7", descricao, 1, 0.01m, 0, 10.50m) }, campo011, ""));
+            new[] { new ItemLink("7", descricao, 1, 0.01m, 0m, 10.50m) }, campo011, ""));
 
     private static string Resumo(Resultado r) => r.Codigo + " " + r.Mensagem;
 

@@ -87,8 +87,8 @@ begin
   Anotar('aprovada, ' + Resultado.Comprovante[High(Resultado.Comprovante)]);
   if FPasso = 'falha' then
     raise ErroDoPdv.Create('');
-  if FPasso = 'atv' then
-    FCaixa.Atv(18);
+  if FPasso = 'trancar' then
+    CreateDir('diario.txt.tmp');
 end;
 
 function TProvas.Vender(Cupom: Integer): UnicodeString;
@@ -157,6 +157,7 @@ begin
   else if Acao = 'desfazer' then FCaixa.ConcluirVenda(N, dsDesfazer)
   else if Acao = 'esquecer' then FCaixa.EsquecerPendencia
   else if Acao = 'atv' then Result := Resumo(FCaixa.Atv(N))
+  else if Acao = 'confirmacao' then Result := Resumo(FCaixa.Confirmar(N))
   else if Acao = 'desfazimento' then Result := Resumo(FCaixa.Desfazimento(N))
   else if Acao = 'parcelas' then
     Result := Resumo(FCaixa.VendeCreditoParcLoja(N, Reais(10.10), 30))

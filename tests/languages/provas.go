@@ -61,9 +61,8 @@ func fazer(pdv *caixora.Caixora, acao, a, b string) (string, error) {
 	case "vender":
 		v, err := pdv.VenderEConfirmar(caixora.CreditoVista(1250, n), func(r caixora.Resultado) error {
 			anotar("aprovada, " + r.Comprovante[len(r.Comprovante)-1])
-			if b == "atv" {
-				_, err := pdv.Atv(18)
-				return err
+			if b == "trancar" {
+				return os.Mkdir("diario.txt.tmp", 0o700)
 			}
 			return falharComo(b)
 		})
@@ -77,6 +76,8 @@ func fazer(pdv *caixora.Caixora, acao, a, b string) (string, error) {
 		return "feito", nil
 	case "atv":
 		return resumir(pdv.Atv(n))
+	case "confirmacao":
+		return resumir(pdv.Confirmar(n))
 	case "desfazimento":
 		return resumir(pdv.Desfazimento(n))
 	case "parcelas":

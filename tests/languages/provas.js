@@ -32,7 +32,7 @@ async function vender(cupom, depois) {
   const { situacao, motivo } = await caixora.venderEConfirmar(venda, async (resultado) => {
     anotar(`aprovada, ${resultado.comprovante.at(-1)}`);
     falharComo(depois);
-    if (depois === 'atv') await caixora.atv(18);
+    if (depois === 'trancar') fs.mkdirSync('diario.txt.tmp');
   });
   return `${situacao} ${motivo}`;
 }
@@ -56,6 +56,7 @@ const acoes = {
   desfazer: async (n) => (await caixora.concluirVenda(Number(n), 'desfazer'), 'feito'),
   esquecer: async () => (await caixora.esquecerPendencia(), 'feito'),
   atv: async (n) => resumo(await caixora.atv(Number(n))),
+  confirmacao: async (n) => resumo(await caixora.confirmar(Number(n))),
   desfazimento: async (n) => resumo(await caixora.desfazimento(Number(n))),
   parcelas: async (n) => resumo(await caixora.vendeCreditoParcLoja(Number(n), 1010, 30)),
   centavos: async (n) => resumo(await caixora.vendeCredito(Number(n), 30)),
