@@ -969,8 +969,7 @@ class Caixora {
     if (*estado != EstadoDaVenda::aprovada &&
         (*estado == EstadoDaVenda::confirmar) != (desfecho == Desfecho::confirmar))
       throw ErroDeUso("Cupom " + std::to_string(cupom) + ": está no diário como " +
-                      std::string(Nome(*estado)) + ", e só se pode " +
-                      std::string(Falta(*estado)));
+                      std::string(Nome(*estado)) + ", e só se pode " + std::string(Falta(*estado)));
     Concluir(cupom, desfecho);
   }
 
@@ -1163,8 +1162,8 @@ class Caixora {
     return texto;
   }
 
-  std::pair<Resultado, std::chrono::steady_clock::duration> ChamarVenda(
-      const Venda& venda, interno::Reserva& reserva) {
+  std::pair<Resultado, std::chrono::steady_clock::duration> ChamarVenda(const Venda& venda,
+                                                                        interno::Reserva& reserva) {
     reserva.PermitirVenda();
     try {
       const auto inicio = std::chrono::steady_clock::now();
