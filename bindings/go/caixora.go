@@ -68,7 +68,7 @@ func Nova(cfg Configuracao) (*Caixora, error) {
 	}
 	switch {
 	case cfg.Leitor < 1 || cfg.Leitor > math.MaxInt32:
-		return nil, &ArgumentoInvalido{"Leitor", "deve ir de 1 a 2147483647"}
+		return nil, &ArgumentoInvalido{"iLeitor", "deve ir de 1 a 2147483647"}
 	case cfg.Tentativas < 0:
 		return nil, &ArgumentoInvalido{"Tentativas", "não pode ser negativo"}
 	case cfg.Pausa < 0:

@@ -1,6 +1,7 @@
 package caixora
 
 import (
+	"context"
 	"errors"
 	"math"
 	"os"
@@ -132,14 +133,123 @@ func TestDiario(t *testing.T) {
 		}
 	}
 	conferir("caixora-diario 1\n7;1250;iniciada\n", d.abrir(7, 1250))
-	conferir("caixora-diario 1\n7;1250;iniciada\n8;5;iniciada\n", d.abrir(8, 5))
-	conferir("caixora-diario 1\n7;1250;desfazer\n8;5;iniciada\n", d.mudar(7, EstadoDesfazer))
-	var aberta *VendaEmAberto
-	if err := d.abrir(7, 1); !errors.As(err, &aberta) || aberta.Falta != DesfechoDesfazer {
+	conferir("caixora-diario 1\n7;1250;confirmar\n", d.mudar(7, EstadoConfirmar))
+	for _, cupom := range []int{7, 8} {
+		var aberta *VendaEmAberto
+		err := d.abrir(cupom, 5)
+		if !errors.As(err, &aberta) || aberta.Cupom != 7 || aberta.Falta != DesfechoConfirmar {
+			t.Errorf("%d: %v", cupom, err)
+		}
+	}
+	conferir("", d.remover(7))
+}
+
+func TestDecidir(t *testing.T) {
+	for estado, desfechos := range map[Estado][]Desfecho{
+		EstadoIniciada:  {DesfechoDesfazer},
+		EstadoAprovada:  {DesfechoConfirmar, DesfechoDesfazer},
+		EstadoConfirmar: {DesfechoConfirmar},
+		EstadoDesfazer:  {DesfechoDesfazer},
+	} {
+		aceitos := []Desfecho(nil)
+		for _, desfecho := range []Desfecho{DesfechoConfirmar, DesfechoDesfazer} {
+			d := &diario{filepath.Join(t.TempDir(), "diario.txt")}
+			if err := primeiro(d.abrir(7, 1), d.mudar(7, estado)); err != nil {
+				t.Fatal(err)
+			}
+			if d.decidir(7, desfecho, Estado(desfecho)) == nil {
+				aceitos = append(aceitos, desfecho)
+			}
+		}
+		if !reflect.DeepEqual(aceitos, desfechos) {
+			t.Errorf("%s: %v", estado, aceitos)
+		}
+	}
+}
+
+// dllDeTeste responde com uma aprovação do que se pediu, e com o que estiver em respostas.
+type dllDeTeste struct {
+	respostas map[string]string
+	chamadas  []string
+}
+
+func (d *dllDeTeste) texto(funcao string, _ []argumento) []byte {
+	d.chamadas = append(d.chamadas, funcao)
+	return []byte(d.respostas[funcao])
+}
+
+func (d *dllDeTeste) codigo(string, []argumento) int { return 30 }
+
+func (d *dllDeTeste) constante(string) string { return "OK" }
+
+const feito = "S;2;COMANDO COM SUCESSO\r\nC;7;;;;;;;1;;;;;;;"
+
+func novaDeTeste(t *testing.T) (*Caixora, *dllDeTeste) {
+	d := &dllDeTeste{respostas: map[string]string{
+		"VendeDebito": "S;1;OK\r\nC;7;100;;;;;;1;;;;;;;", "Confirmar": feito, "Desfazimento": feito,
+	}}
+	cfg := Configuracao{Leitor: 1, Tentativas: 1}
+	return &Caixora{cfg, d, &diario{filepath.Join(t.TempDir(), "diario.txt")}}, d
+}
+
+func TestVendaEmAndamento(t *testing.T) {
+	c, d := novaDeTeste(t)
+	_, err := c.VenderEConfirmar(Debito(100, 7), func(Resultado) error {
+		_, venda := c.VendeDebito(100, 8)
+		_, completa := c.VenderEConfirmar(Debito(100, 8), func(Resultado) error { return nil })
+		_, confirmar := c.Confirmar(7)
+		_, cancelar := c.Cancelar(0, 7, "")
+		_, fluxo := c.Fluxo(context.Background(), InicioFluxo{FuncaoFim: 99},
+			func(string) (string, error) { return "", nil })
+		concluir := c.ConcluirVenda(7, DesfechoDesfazer)
+		for i, err := range []error{venda, completa, confirmar, cancelar, fluxo, concluir} {
+			var andamento *VendaEmAndamento
+			if !errors.As(err, &andamento) || andamento.Cupom != 7 {
+				t.Errorf("%d: %v", i, err)
+			}
+		}
+		return nil
+	})
+	if err != nil || !reflect.DeepEqual(d.chamadas, []string{"VendeDebito", "Confirmar"}) {
+		t.Errorf("%v, %v", d.chamadas, err)
+	}
+}
+
+func TestDesfechoAvulso(t *testing.T) {
+	c, d := novaDeTeste(t)
+	if err := c.diario.abrir(7, 100); err != nil {
+		t.Fatal(err)
+	}
+	var invalido *ArgumentoInvalido
+	if _, err := c.Confirmar(7); !errors.As(err, &invalido) || d.chamadas != nil {
+		t.Errorf("%v, %v", d.chamadas, err)
+	}
+	defer c.EsquecerPendencia()
+	d.respostas["Confirmar"] = "S;0;GP NÃO ATIVO"
+	if _, err := c.Confirmar(9); err != nil {
+		t.Fatal(err)
+	}
+	var pendencia *PendenciaAberta
+	_, err := c.Desfazimento(9)
+	if !errors.As(err, &pendencia) || *pendencia != (PendenciaAberta{9, DesfechoConfirmar}) {
 		t.Errorf("%v", err)
 	}
-	conferir("caixora-diario 1\n8;5;iniciada\n", d.remover(7))
-	conferir("", d.remover(8))
+	d.respostas["Confirmar"] = feito
+	if _, err := c.Confirmar(9); err != nil {
+		t.Error(err)
+	}
+}
+
+func TestCupomDivergente(t *testing.T) {
+	for _, cupom := range []string{"", "8", "+7"} {
+		c, d := novaDeTeste(t)
+		d.respostas["VendeDebito"] = "S;1;OK\r\nC;" + cupom + ";100;;;;;;1;;;;;;;"
+		var divergente *ValorDivergente
+		r, err := c.VenderEConfirmar(Debito(100, 7), func(Resultado) error { return nil })
+		if !errors.As(err, &divergente) || r.Situacao != Desfeita {
+			t.Errorf("%q: %+v, %v", cupom, r, err)
+		}
+	}
 }
 
 func TestDiarioIlegivel(t *testing.T) {

@@ -16,7 +16,7 @@ const ValorMaximo Centavos = 214748364799
 // ponto também, pois "1.000" pode ser mil ou um.
 func LerCentavos(texto string) (Centavos, error) {
 	recusar := func(motivo string) (Centavos, error) {
-		return 0, &ArgumentoInvalido{"valor", fmt.Sprintf("%q %s", texto, motivo)}
+		return 0, &ArgumentoInvalido{"dValor", fmt.Sprintf("%q %s", texto, motivo)}
 	}
 	inteiros, casas, temVirgula := strings.Cut(texto, ",")
 	if !digitos(inteiros) || temVirgula && !digitos(casas) {

@@ -46,6 +46,13 @@ func (e *FalhaDoDiario) Error() string { return "diário: " + e.Causa.Error() }
 
 func (e *FalhaDoDiario) Unwrap() error { return e.Causa }
 
+// falta é o único desfecho que cabe em cada estado; em "aprovada", o PDV escolhe.
+var falta = map[Estado]Desfecho{
+	EstadoIniciada:  DesfechoDesfazer,
+	EstadoConfirmar: DesfechoConfirmar,
+	EstadoDesfazer:  DesfechoDesfazer,
+}
+
 const cabecalhoDoDiario = "caixora-diario 1"
 
 // travaDiario guarda os arquivos: cada mudança lê e grava o texto inteiro.
@@ -57,39 +64,49 @@ type diario struct{ caminho string }
 
 func (d *diario) abrir(cupom int, valor Centavos) error {
 	return d.alterar(func(vendas []VendaNoDiario) ([]VendaNoDiario, error) {
-		if i := procurar(vendas, cupom); i >= 0 {
-			falta := map[Estado]Desfecho{
-				EstadoConfirmar: DesfechoConfirmar,
-				EstadoDesfazer:  DesfechoDesfazer,
-			}[vendas[i].Estado]
-			mensagem := "está no diário como " + string(vendas[i].Estado)
-			return nil, &VendaEmAberto{Cupom: cupom, Falta: falta, Mensagem: mensagem}
+		if len(vendas) > 0 {
+			v := vendas[0]
+			mensagem := "está no diário como " + string(v.Estado) + "; use ConcluirVenda"
+			return nil, &VendaEmAberto{Cupom: v.Cupom, Falta: falta[v.Estado], Mensagem: mensagem}
 		}
 		return append(vendas, VendaNoDiario{cupom, valor, EstadoIniciada}), nil
 	})
 }
 
 func (d *diario) mudar(cupom int, estado Estado) error {
-	return d.alterarVenda(cupom, func(vendas []VendaNoDiario, i int) []VendaNoDiario {
+	return d.alterarVenda(cupom, func(vendas []VendaNoDiario, i int) ([]VendaNoDiario, error) {
 		vendas[i].Estado = estado
-		return vendas
+		return vendas, nil
+	})
+}
+
+// decidir muda o estado, se o desfecho cabe no de agora.
+func (d *diario) decidir(cupom int, desfecho Desfecho, estado Estado) error {
+	return d.alterarVenda(cupom, func(vendas []VendaNoDiario, i int) ([]VendaNoDiario, error) {
+		atual := vendas[i].Estado
+		if unico := falta[atual]; unico != "" && unico != desfecho {
+			return nil, &ArgumentoInvalido{"desfecho", fmt.Sprintf(
+				"o cupom %d está no diário como %s: só cabe %s", cupom, atual, unico)}
+		}
+		vendas[i].Estado = estado
+		return vendas, nil
 	})
 }
 
 func (d *diario) remover(cupom int) error {
-	return d.alterarVenda(cupom, func(vendas []VendaNoDiario, i int) []VendaNoDiario {
-		return append(vendas[:i], vendas[i+1:]...)
+	return d.alterarVenda(cupom, func(vendas []VendaNoDiario, i int) ([]VendaNoDiario, error) {
+		return append(vendas[:i], vendas[i+1:]...), nil
 	})
 }
 
 func (d *diario) alterarVenda(cupom int,
-	mudanca func([]VendaNoDiario, int) []VendaNoDiario) error {
+	mudanca func([]VendaNoDiario, int) ([]VendaNoDiario, error)) error {
 	return d.alterar(func(vendas []VendaNoDiario) ([]VendaNoDiario, error) {
 		i := procurar(vendas, cupom)
 		if i < 0 {
-			return nil, &ArgumentoInvalido{"cupom", fmt.Sprintf("%d não está no diário", cupom)}
+			return nil, &ArgumentoInvalido{"iCupom", fmt.Sprintf("%d não está no diário", cupom)}
 		}
-		return mudanca(vendas, i), nil
+		return mudanca(vendas, i)
 	})
 }
 

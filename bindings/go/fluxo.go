@@ -31,7 +31,7 @@ type ResultadoVenda struct {
 	Motivo    string // de uma recusada ou desfeita
 }
 
-// VendaEmAberto é o erro de uma venda sem desfecho: o cupom já estava no diário, ou Confirmar e
+// VendaEmAberto é o erro de uma venda sem desfecho: já estava no diário, ou Confirmar e
 // Desfazimento foram recusados em todas as tentativas. Conclua-a com ConcluirVenda.
 type VendaEmAberto struct {
 	Cupom    int
@@ -60,7 +60,8 @@ type ValorDivergente struct {
 }
 
 func (e *ValorDivergente) Error() string {
-	return fmt.Sprintf("pedido o cupom %d de %d centavos, aprovado o cupom %q de %q centavos",
+	return fmt.Sprintf("pedido o cupom %d de %d centavos, aprovado o cupom %q de %q centavos; "+
+		"o desfazimento é do cupom pedido: se a resposta é de outro cupom, verifique-o no GP",
 		e.Cupom, int64(e.Valor), e.CupomRecebido, e.ValorRecebido)
 }
 
@@ -69,7 +70,8 @@ const resultadoIncerto = "resultado incerto: "
 // VenderEConfirmar vende, chama aoAprovar e confirma. Em aoAprovar, registre a venda e imprima o
 // comprovante; se ele devolve um erro, ou entra em pânico, a venda é desfeita e o erro é devolvido
 // como está. Toda venda aprovada ou incerta tem um desfecho, ou fica no diário e em
-// VendaEmAberto.
+// VendaEmAberto. Com outra venda no diário, nada é vendido: conclua-a antes. Até o desfecho, as
+// demais operações são recusadas com VendaEmAndamento, também dentro de aoAprovar.
 //
 // Um erro com Situacao preenchida não desmente a situação: é o do aoAprovar, um ValorDivergente, ou
 // um diário que não pôde ser gravado.
@@ -83,13 +85,12 @@ func (c *Caixora) VenderEConfirmar(venda Venda, aoAprovar func(Resultado) error)
 		return ResultadoVenda{}, args.err
 	}
 	cupom := venda.cupom
-	if err := c.diario.abrir(cupom, venda.valor); err != nil {
+	abrir := func() error { return c.diario.abrir(cupom, venda.valor) }
+	if err := ocupar(pendencia{}, cupom, abrir); err != nil {
 		return ResultadoVenda{}, err
 	}
-	r, duracao, err := c.pagarMedindo(venda.funcao, args)
-	if err != nil {
-		return ResultadoVenda{}, primeiro(err, c.diario.remover(cupom))
-	}
+	defer desocupar()
+	r, duracao := c.pagarMedindo(venda.funcao, args)
 	switch {
 	case !r.Aprovada() && (r.Codigo > 0 || incerta(r, duracao)):
 		return c.desfazer(cupom, r, resultadoIncerto+r.Mensagem, nil)
@@ -108,7 +109,7 @@ func (c *Caixora) VenderEConfirmar(venda Venda, aoAprovar func(Resultado) error)
 			_, _ = c.desfazer(cupom, r, "pânico em aoAprovar", nil)
 		}
 	}()
-	err = aoAprovar(r)
+	err := aoAprovar(r)
 	voltou = true
 	if err != nil {
 		return c.desfazer(cupom, r, err.Error(), err)
@@ -138,30 +139,27 @@ func (c *Caixora) desfazer(cupom int, r Resultado, motivo string, causa error) (
 
 // repetirDesfecho chama Confirmar ou Desfazimento até ser feito. nil: foi.
 func (c *Caixora) repetirDesfecho(cupom int, desfecho Desfecho) *VendaEmAberto {
-	dar := c.Confirmar
-	if desfecho == DesfechoDesfazer {
-		dar = c.Desfazimento
-	}
+	a := c.argumentos().cnpjs().cupom(cupom)
 	aberto := &VendaEmAberto{Cupom: cupom, Falta: desfecho}
 	for i := 0; i < c.cfg.Tentativas; i++ {
 		if i > 0 {
 			time.Sleep(c.cfg.Pausa)
 		}
-		r, err := dar(cupom)
-		if err == nil && desfechoFeito(r) {
+		trava.Lock()
+		r := c.darDesfecho(cupom, desfecho, a)
+		trava.Unlock()
+		if desfechoFeito(r) {
 			return nil
 		}
-		aberto.Mensagem, aberto.Causa = r.Mensagem, err
-		if err != nil {
-			aberto.Mensagem = err.Error()
-		}
+		aberto.Mensagem = r.Mensagem
 	}
 	return aberto
 }
 
 // ConcluirVenda dá o desfecho a uma venda do diário e a tira dele. Depois de uma queda, quem decide
 // é o PDV: "iniciada" e "desfazer" se desfazem; "confirmar" se confirma; "aprovada" se confirma
-// apenas se a venda está nos registros do próprio PDV, e se não, se desfaz.
+// apenas se a venda está nos registros do próprio PDV, e se não, se desfaz. Outro desfecho é
+// recusado.
 func (c *Caixora) ConcluirVenda(cupom int, desfecho Desfecho) error {
 	var estado Estado
 	switch desfecho {
@@ -175,15 +173,11 @@ func (c *Caixora) ConcluirVenda(cupom int, desfecho Desfecho) error {
 	if c.diario == nil {
 		return ErrSemDiario
 	}
-	trava.Lock()
-	err := exigirSemPendencia(cupom)
-	trava.Unlock()
-	if err != nil {
+	marcar := func() error { return c.diario.decidir(cupom, desfecho, estado) }
+	if err := ocupar(pendencia{cupom, desfecho}, cupom, marcar); err != nil {
 		return err
 	}
-	if err := c.diario.mudar(cupom, estado); err != nil {
-		return err
-	}
+	defer desocupar()
 	if err := c.repetirDesfecho(cupom, desfecho); err != nil {
 		return err
 	}
@@ -223,11 +217,8 @@ func confere(r Resultado, venda Venda) bool {
 	if valor, ok := r.ValorCentavos(); !ok || valor != venda.valor {
 		return false
 	}
-	if r.Cupom == "" {
-		return true
-	}
 	cupom, err := strconv.Atoi(r.Cupom)
-	return err == nil && cupom == venda.cupom
+	return err == nil && digitos(r.Cupom) && cupom == venda.cupom
 }
 
 // primeiro devolve o primeiro erro que não seja nil.

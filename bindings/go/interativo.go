@@ -174,7 +174,7 @@ func (c *Caixora) argumentosDoFluxo(f InicioFluxo, funcao uint32) *argumentos {
 func (c *Caixora) iniciarFluxo(a *argumentos) (int, error) {
 	trava.Lock()
 	defer trava.Unlock()
-	if err := exigirSemPendencia(0); err != nil {
+	if err := exigirLivre(pendencia{}); err != nil {
 		return 0, err
 	}
 	return c.dll.codigo("IniciaFuncaoQJInterativo", a.lista), nil

@@ -7,27 +7,70 @@ import (
 )
 
 var (
-	// trava guarda a DLL, cujo estado é do processo e não do objeto, e pendente.
+	// trava guarda a DLL, cujo estado é do processo e não do objeto, e as variáveis abaixo.
 	trava sync.Mutex
-	// pendente é o cupom do desfecho que a DLL recusou, ou 0. A operação seguinte seria respondida
-	// pela DLL como se fosse esse desfecho: sem aprovação nenhuma.
-	pendente int
+	// pendente é o desfecho que a DLL recusou. A operação seguinte seria respondida por ela como se
+	// fosse esse desfecho: sem aprovação nenhuma.
+	pendente pendencia
+	// emAndamento é o cupom da venda que ainda não teve o seu desfecho, ou 0.
+	emAndamento int
 )
 
-// PendenciaAberta é o erro de uma operação pedida enquanto há um desfecho recusado. Nada foi
-// chamado. Repita Confirmar ou Desfazimento desse cupom, ou desista dele com EsquecerPendencia.
-type PendenciaAberta struct{ Cupom int }
-
-func (e *PendenciaAberta) Error() string {
-	return fmt.Sprintf("o desfecho do cupom %d foi recusado e está pendente", e.Cupom)
+// pendencia de um cupom; o cupom 0 é de nenhuma.
+type pendencia struct {
+	cupom    int
+	desfecho Desfecho
 }
 
-// exigirSemPendencia supõe a trava. Durante uma pendência, só o desfecho do cupom permitido segue.
-func exigirSemPendencia(permitido int) error {
-	if pendente != 0 && pendente != permitido {
-		return &PendenciaAberta{pendente}
+// PendenciaAberta é o erro de uma operação pedida enquanto há um desfecho recusado. Nada foi
+// chamado. Repita o mesmo desfecho desse cupom, ou desista dele com EsquecerPendencia.
+type PendenciaAberta struct {
+	Cupom int
+	Falta Desfecho
+}
+
+func (e *PendenciaAberta) Error() string {
+	return fmt.Sprintf("o cupom %d tem um desfecho recusado e pendente, falta %s", e.Cupom, e.Falta)
+}
+
+// VendaEmAndamento é o erro de uma operação pedida durante VenderEConfirmar ou ConcluirVenda, de
+// dentro de aoAprovar ou de outra goroutine. Nada foi chamado.
+type VendaEmAndamento struct{ Cupom int }
+
+func (e *VendaEmAndamento) Error() string {
+	return fmt.Sprintf("há uma venda em andamento: cupom %d", e.Cupom)
+}
+
+// exigirLivre supõe a trava. Durante uma pendência, só o mesmo desfecho do mesmo cupom segue; outra
+// operação passa uma pendência vazia.
+func exigirLivre(p pendencia) error {
+	if emAndamento != 0 {
+		return &VendaEmAndamento{emAndamento}
+	}
+	if pendente.cupom != 0 && pendente != p {
+		return &PendenciaAberta{pendente.cupom, pendente.desfecho}
 	}
 	return nil
+}
+
+// ocupar recusa as demais operações até desocupar. O que verificar recusa não chega a começar.
+func ocupar(p pendencia, cupom int, verificar func() error) error {
+	trava.Lock()
+	defer trava.Unlock()
+	if err := exigirLivre(p); err != nil {
+		return err
+	}
+	if err := verificar(); err != nil {
+		return err
+	}
+	emAndamento = cupom
+	return nil
+}
+
+func desocupar() {
+	trava.Lock()
+	defer trava.Unlock()
+	emAndamento = 0
 }
 
 // EsquecerPendencia desiste de repetir um desfecho recusado. A venda continua em aberto no GP.
@@ -35,7 +78,7 @@ func (c *Caixora) EsquecerPendencia() {
 	trava.Lock()
 	defer trava.Unlock()
 	c.dll.constante("Teste")
-	pendente = 0
+	pendente = pendencia{}
 }
 
 // Teste devolve "OK". Não mexe na pendência que este pacote guarda; para isso há EsquecerPendencia.
@@ -47,54 +90,78 @@ func (c *Caixora) Teste() string {
 
 // pagar chama uma função de pagamento que não seja um desfecho.
 func (c *Caixora) pagar(funcao string, a *argumentos) (Resultado, error) {
-	r, _, err := c.pagarMedindo(funcao, a)
-	return r, err
-}
-
-// pagarMedindo devolve também a duração da chamada, sem a espera pela trava. Com erro, a DLL não
-// foi chamada.
-func (c *Caixora) pagarMedindo(funcao string, a *argumentos) (Resultado, time.Duration, error) {
 	if a.err != nil {
-		return Resultado{}, 0, a.err
+		return Resultado{}, a.err
 	}
 	trava.Lock()
 	defer trava.Unlock()
-	if err := exigirSemPendencia(0); err != nil {
-		return Resultado{}, 0, err
+	if err := exigirLivre(pendencia{}); err != nil {
+		return Resultado{}, err
 	}
-	inicio := time.Now()
-	bytes := c.dll.texto(funcao, a.lista)
-	duracao := time.Since(inicio)
-	return interpretar(decodificar(bytes)), duracao, nil
+	return c.receber(funcao, a), nil
 }
 
-// Confirmar confirma a venda do cupom. O sucesso é uma RespostaLocal: o pedido foi gravado. Uma
-// recusa deixa uma pendência; veja PendenciaAberta.
+// pagarMedindo é da venda em andamento. A duração não inclui a espera pela trava.
+func (c *Caixora) pagarMedindo(funcao string, a *argumentos) (Resultado, time.Duration) {
+	trava.Lock()
+	defer trava.Unlock()
+	inicio := time.Now()
+	r := c.receber(funcao, a)
+	return r, time.Since(inicio)
+}
+
+// receber supõe a trava.
+func (c *Caixora) receber(funcao string, a *argumentos) Resultado {
+	return interpretar(decodificar(c.dll.texto(funcao, a.lista)))
+}
+
+// Confirmar confirma a venda do cupom. A que está no diário é recusada: use ConcluirVenda. O
+// sucesso é uma RespostaLocal: o pedido foi gravado. Uma recusa deixa uma pendência; veja
+// PendenciaAberta.
 func (c *Caixora) Confirmar(cupom int) (Resultado, error) {
-	return c.darDesfecho("Confirmar", cupom)
+	return c.desfechoAvulso(cupom, DesfechoConfirmar)
 }
 
 // Desfazimento desfaz a venda do cupom; responde como Confirmar.
 func (c *Caixora) Desfazimento(cupom int) (Resultado, error) {
-	return c.darDesfecho("Desfazimento", cupom)
+	return c.desfechoAvulso(cupom, DesfechoDesfazer)
 }
 
-func (c *Caixora) darDesfecho(funcao string, cupom int) (Resultado, error) {
+func (c *Caixora) desfechoAvulso(cupom int, desfecho Desfecho) (Resultado, error) {
 	a := c.argumentos().cnpjs().cupom(cupom)
 	if a.err != nil {
 		return Resultado{}, a.err
 	}
 	trava.Lock()
 	defer trava.Unlock()
-	if err := exigirSemPendencia(cupom); err != nil {
+	if err := exigirLivre(pendencia{cupom, desfecho}); err != nil {
 		return Resultado{}, err
 	}
-	r := interpretar(decodificar(c.dll.texto(funcao, a.lista)))
-	pendente = 0
-	if !desfechoFeito(r) {
-		pendente = cupom
+	if c.diario != nil {
+		vendas, err := c.VendasEmAberto()
+		if err != nil {
+			return Resultado{}, err
+		}
+		if procurar(vendas, cupom) >= 0 {
+			a.recusar("iCupom", "%d está em aberto no diário: use ConcluirVenda", cupom)
+			return Resultado{}, a.err
+		}
 	}
-	return r, nil
+	return c.darDesfecho(cupom, desfecho, a), nil
+}
+
+// darDesfecho supõe a trava.
+func (c *Caixora) darDesfecho(cupom int, desfecho Desfecho, a *argumentos) Resultado {
+	funcao := "Confirmar"
+	if desfecho == DesfechoDesfazer {
+		funcao = "Desfazimento"
+	}
+	r := c.receber(funcao, a)
+	pendente = pendencia{}
+	if !desfechoFeito(r) {
+		pendente = pendencia{cupom, desfecho}
+	}
+	return r
 }
 
 // Um GP muito rápido pode gravar a resposta dele sobre a local.

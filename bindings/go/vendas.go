@@ -94,7 +94,7 @@ func FrotaCompleto(valor Centavos, km, placa, matricula string, itens []ItemFrot
 			}
 			textos[i] = a.juntar("-", item...)
 			// A DLL deixaria de enviar, sem aviso, um item único e vazio.
-			if textos[i] == "" {
+			if strings.Join(item, "") == "" {
 				a.recusar("sItens", "o item %d está vazio", i+1)
 			}
 		}
