@@ -83,27 +83,35 @@ namespace CaixoraTef
     }
 
     /// <summary>Uma confirmação ou um desfazimento foi recusado, e a DLL trataria a operação
-    /// seguinte como se fosse ele. Repita-o, ou chame
+    /// seguinte como se fosse ele. Repita o mesmo, ou chame
     /// <see cref="Caixora.EsquecerPendencia"/>.</summary>
     public sealed class PendenciaAbertaException : CaixoraException
     {
-        internal PendenciaAbertaException(int cupom)
-            : base($"a confirmação ou o desfazimento do cupom {cupom} foi recusado: repita-o " +
-                "antes de qualquer outra operação")
+        internal PendenciaAbertaException(int cupom, Desfecho falta)
+            : base($"o cupom {cupom} tem um desfecho recusado, falta " +
+                $"{falta.ToString().ToLowerInvariant()}: repita-o antes de qualquer outra operação")
         {
             Cupom = cupom;
+            Falta = falta;
         }
 
         public int Cupom { get; }
+
+        /// <summary>O desfecho que foi recusado: só ele pode ser repetido.</summary>
+        public Desfecho Falta { get; }
     }
 
     /// <summary>Uma venda está sem desfecho.</summary>
     public sealed class VendaEmAbertoException : CaixoraException
     {
-        internal VendaEmAbertoException(int cupom)
-            : base($"o cupom {cupom} está em aberto no diário: conclua-o com ConcluirVenda")
+        internal VendaEmAbertoException(VendaEmAberto venda)
+            : base($"o cupom {venda.Cupom} está em aberto no diário " +
+                $"({venda.Estado.ToString().ToLowerInvariant()}), falta " +
+                (venda.Falta?.ToString().ToLowerInvariant() ?? "confirmar ou desfazer") +
+                ": conclua-o com ConcluirVenda")
         {
-            Cupom = cupom;
+            Cupom = venda.Cupom;
+            Falta = venda.Falta;
         }
 
         internal VendaEmAbertoException(int cupom, Desfecho falta, string resposta, Exception causa)
@@ -129,7 +137,8 @@ namespace CaixoraTef
     {
         internal ValorDivergenteException(int cupom, long centavos, Resultado resultado)
             : base($"cupom {cupom} de {centavos} centavos: o GP aprovou o cupom " +
-                $"\"{resultado.Cupom}\" de \"{resultado.Campos[1]}\" centavos; foi desfeita")
+                $"\"{resultado.Cupom}\" de \"{resultado.Campos[1]}\" centavos; foi desfeito o " +
+                $"cupom pedido, {cupom}. Se a resposta é de outro cupom, verifique-o no GP")
         {
             Cupom = cupom;
             CentavosPedidos = centavos;
@@ -232,7 +241,7 @@ namespace CaixoraTef
 
         // O GP aprovou exatamente o que se pediu?
         internal bool Corresponde(Venda venda) =>
-            ValorCentavos == venda.Centavos && (Cupom == "" || Numero(Cupom) == venda.Cupom);
+            ValorCentavos == venda.Centavos && Numero(Cupom) == venda.Cupom;
 
         // Uma falha que não exclui que o GP tenha feito a venda. "GP NÃO ATIVO" vem antes do pedido
         // (depois de 1000 ms de espera) ou enquanto se aguarda a resposta (no mínimo 1300 ms).
@@ -291,22 +300,63 @@ namespace CaixoraTef
         public int Cupom { get; }
         public long Centavos { get; }
         public EstadoVenda Estado { get; }
+
+        /// <summary>O único desfecho que ainda cabe; nulo quando o PDV escolhe.</summary>
+        public Desfecho? Falta
+        {
+            get
+            {
+                switch (Estado)
+                {
+                    case EstadoVenda.Aprovada: return null;
+                    case EstadoVenda.Confirmar: return Desfecho.Confirmar;
+                    default: return Desfecho.Desfazer;
+                }
+            }
+        }
+    }
+
+    /// <summary>Um valor em reais. Escreve-se como decimal: 12.50m, ou 12m. Um inteiro, que poderia
+    /// estar em centavos, não compila.</summary>
+    public readonly struct Reais
+    {
+        private const string SoDecimal =
+            "O valor é em reais, e decimal: 1250 centavos são 12.50m (12.5D no VB)";
+
+        private Reais(decimal valor)
+        {
+            Valor = valor;
+        }
+
+        internal decimal Valor { get; }
+
+        public static implicit operator Reais(decimal valor) => new Reais(valor);
+
+        [Obsolete(SoDecimal, true)]
+        public static implicit operator Reais(int valor) => throw new ArgumentException(SoDecimal);
+
+        [Obsolete(SoDecimal, true)]
+        public static implicit operator Reais(long valor) => throw new ArgumentException(SoDecimal);
+
+        [Obsolete(SoDecimal, true)]
+        public static implicit operator Reais(ulong valor) =>
+            throw new ArgumentException(SoDecimal);
     }
 
     /// <summary>Um item de um link de pagamento.</summary>
     public sealed class ItemLink
     {
-        public ItemLink(string codigo, string descricao, int quantidade, decimal unitario,
-            decimal desconto, decimal total)
+        public ItemLink(string codigo, string descricao, int quantidade, Reais unitario,
+            Reais desconto, Reais total)
         {
             if (quantidade < 1)
-                throw new ArgumentException($"quantidade: {quantidade} não é ao menos 1");
-            Codigo = Texto.Sem("¬|", nameof(codigo), codigo);
-            Descricao = Texto.Sem("¬|", nameof(descricao), descricao);
+                throw new ArgumentException($"sItens: a quantidade {quantidade} não é ao menos 1");
+            Codigo = Texto.Sem("¬|", "sItens", codigo);
+            Descricao = Texto.Sem("¬|", "sItens", descricao);
             Quantidade = quantidade;
-            Unitario = Dinheiro.Centavos(nameof(unitario), unitario);
-            Desconto = Dinheiro.Centavos(nameof(desconto), desconto);
-            Total = Dinheiro.Centavos(nameof(total), total);
+            Unitario = Dinheiro.Centavos("sItens", unitario);
+            Desconto = Dinheiro.Centavos("sItens", desconto);
+            Total = Dinheiro.Centavos("sItens", total);
         }
 
         private string Codigo { get; }
@@ -332,9 +382,9 @@ namespace CaixoraTef
             if (campos == null)
                 throw new ArgumentNullException(nameof(campos));
             if (campos.Length > 6 || campos.All(string.IsNullOrEmpty))
-                throw new ArgumentException("campos: um item tem de um a seis textos");
+                throw new ArgumentException("sItens: um item tem de um a seis textos");
             texto = string.Join("-",
-                campos.Select(campo => Texto.Sem("-|", nameof(campos), campo)));
+                campos.Select(campo => Texto.Sem("-|", "sItens", campo)));
         }
 
         public override string ToString() => texto;
@@ -343,11 +393,11 @@ namespace CaixoraTef
     /// <summary>Uma venda a fazer, já verificada: função da DLL, valor em reais e cupom.</summary>
     public sealed class Venda
     {
-        private Venda(decimal valor, int cupom, Func<Caixora, double, IntPtr> chamar)
+        private Venda(Reais valor, int cupom, Func<Caixora, double, IntPtr> chamar)
         {
-            Centavos = Dinheiro.Centavos(nameof(valor), valor);
+            Centavos = Dinheiro.Centavos("dValor", valor);
             if (Centavos == 0)
-                throw new ArgumentException("valor: uma venda tem ao menos um centavo");
+                throw new ArgumentException("dValor: uma venda tem ao menos um centavo");
             Caixora.ExigirCupom(cupom);
             Cupom = cupom;
             Chamar = caixora => chamar(caixora, Centavos / 100.0);
@@ -357,61 +407,61 @@ namespace CaixoraTef
         public long Centavos { get; }
         internal Func<Caixora, IntPtr> Chamar { get; }
 
-        public static Venda Credito(decimal valor, int cupom) =>
+        public static Venda Credito(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.VendeCredito);
 
-        public static Venda CreditoVista(decimal valor, int cupom) =>
+        public static Venda CreditoVista(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.VendeCreditoVista);
 
-        public static Venda CreditoParcLoja(int parcelas, decimal valor, int cupom) =>
+        public static Venda CreditoParcLoja(int parcelas, Reais valor, int cupom) =>
             Parcelada(parcelas, valor, cupom, dll => dll.VendeCreditoParcLoja);
 
-        public static Venda CreditoParcAdm(int parcelas, decimal valor, int cupom) =>
+        public static Venda CreditoParcAdm(int parcelas, Reais valor, int cupom) =>
             Parcelada(parcelas, valor, cupom, dll => dll.VendeCreditoParcAdm);
 
-        public static Venda Debito(decimal valor, int cupom) =>
+        public static Venda Debito(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.VendeDebito);
 
-        public static Venda DebitoAVista(decimal valor, int cupom) =>
+        public static Venda DebitoAVista(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.VendeDebitoAVista);
 
-        public static Venda MenuPrivate(decimal valor, int cupom) =>
+        public static Venda MenuPrivate(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.MenuPrivate);
 
-        public static Venda CarteiraDigitalPix(decimal valor, int cupom) =>
+        public static Venda CarteiraDigitalPix(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.VendeCarteiraDigitalPix);
 
-        public static Venda ParceleMais(decimal valor, int cupom) =>
+        public static Venda ParceleMais(Reais valor, int cupom) =>
             Simples(valor, cupom, dll => dll.ParceleMais);
 
-        public static Venda FrotaCompleto(decimal valor, string km, string placa, string matricula,
+        public static Venda FrotaCompleto(Reais valor, string km, string placa, string matricula,
             IEnumerable<ItemFrota> itens, int cupom)
         {
-            var bytesKm = Texto.Codificar(nameof(km), km);
-            var bytesPlaca = Texto.Codificar(nameof(placa), placa);
-            var bytesMatricula = Texto.Codificar(nameof(matricula), matricula);
+            var bytesKm = Texto.Codificar("sKM", km);
+            var bytesPlaca = Texto.Codificar("sPlaca", placa);
+            var bytesMatricula = Texto.Codificar("sMatricula", matricula);
             var bytesItens = Itens(itens, out var quantos);
             return new Venda(valor, cupom, (c, reais) => c.Dll.VendeFrotaCompleto(c.Cliente,
                 c.Parceiro, reais, bytesKm, bytesPlaca, bytesMatricula, quantos, bytesItens, cupom,
                 c.Leitor));
         }
 
-        public static Venda LinkPagamento(int parcelas, decimal valor, int cupom,
+        public static Venda LinkPagamento(int parcelas, Reais valor, int cupom,
             IEnumerable<ItemLink> itens, string campo011, string campo012)
         {
             ExigirParcelas(parcelas);
             var bytesItens = Itens(itens, out var quantos);
-            var bytes011 = Texto.Codificar(nameof(campo011), campo011);
-            var bytes012 = Texto.Codificar(nameof(campo012), campo012);
+            var bytes011 = Texto.Codificar("sCampo011", campo011);
+            var bytes012 = Texto.Codificar("sCampo012", campo012);
             return new Venda(valor, cupom, (c, reais) => c.Dll.LinkPagamento(c.Cliente, c.Parceiro,
                 parcelas, reais, cupom, quantos, bytesItens, bytes011, bytes012, c.Leitor));
         }
 
-        private static Venda Simples(decimal valor, int cupom, Func<Dll, Dll.ComValor> funcao) =>
+        private static Venda Simples(Reais valor, int cupom, Func<Dll, Dll.ComValor> funcao) =>
             new Venda(valor, cupom,
                 (c, reais) => funcao(c.Dll)(c.Cliente, c.Parceiro, reais, cupom, c.Leitor));
 
-        private static Venda Parcelada(int parcelas, decimal valor, int cupom,
+        private static Venda Parcelada(int parcelas, Reais valor, int cupom,
             Func<Dll, Dll.ComParcelas> funcao)
         {
             ExigirParcelas(parcelas);
@@ -422,7 +472,7 @@ namespace CaixoraTef
         private static void ExigirParcelas(int parcelas)
         {
             if (parcelas < 1)
-                throw new ArgumentException($"parcelas: {parcelas} não é ao menos 1");
+                throw new ArgumentException($"iParcelas: {parcelas} não é ao menos 1");
         }
 
         private static byte[] Itens<T>(IEnumerable<T> itens, out int quantos)
@@ -430,7 +480,7 @@ namespace CaixoraTef
             var textos = (itens ?? throw new ArgumentNullException(nameof(itens)))
                 .Select(item => item.ToString()).ToArray();
             quantos = textos.Length;
-            return Texto.Codificar(nameof(itens), string.Join("|", textos));
+            return Texto.Codificar("sItens", string.Join("|", textos));
         }
     }
 
@@ -441,12 +491,12 @@ namespace CaixoraTef
         /// <param name="funcao">Função do Trevix a executar.</param>
         /// <param name="valor">Valor em reais; 0 quando não há.</param>
         /// <param name="funcaoFim">Função de encerramento do Trevix; no simulado, 99.</param>
-        public InicioFluxo(uint funcao, decimal valor, uint funcaoFim)
+        public InicioFluxo(uint funcao, Reais valor, uint funcaoFim)
         {
             if (funcaoFim == funcao)
                 throw new ArgumentException("funcaoFim: repetiria a transação, sem encerrá-la");
             Funcao = funcao;
-            Centavos = Dinheiro.Centavos(nameof(valor), valor);
+            Centavos = Dinheiro.Centavos("sValor", valor);
             FuncaoFim = funcaoFim;
         }
 
@@ -464,13 +514,13 @@ namespace CaixoraTef
         // A chamada de Inicia ou de Finaliza, que têm os mesmos argumentos.
         internal Func<Dll.DoFluxo, uint, int> Preparar(byte[] cnpj)
         {
-            var valor = Texto.Codificar("valor", Dinheiro.Escrever(Centavos));
-            var campo4 = Texto.CodificarFluxo(nameof(Campo4), Campo4);
-            var campo6 = Texto.CodificarFluxo(nameof(Campo6), Campo6);
-            var campo7 = Texto.CodificarFluxo(nameof(Campo7), Campo7);
-            var campo8 = Texto.CodificarFluxo(nameof(Campo8), Campo8);
-            var campo9 = Texto.CodificarFluxo(nameof(Campo9), Campo9);
-            var campo11 = Texto.Codificar("campo11", "");
+            var valor = Texto.Codificar("sValor", Dinheiro.Escrever(Centavos));
+            var campo4 = Texto.CodificarFluxo("sCampo4", Campo4);
+            var campo6 = Texto.CodificarFluxo("sCampo6", Campo6);
+            var campo7 = Texto.CodificarFluxo("sCampo7", Campo7);
+            var campo8 = Texto.CodificarFluxo("sCampo8", Campo8);
+            var campo9 = Texto.CodificarFluxo("sCampo9", Campo9);
+            var campo11 = Texto.Codificar("sCampo11", "");
             var campo3 = Campo3;
             var campo10 = Campo10;
             return (funcao, numero) => funcao(numero, cnpj, campo3, campo4, valor, campo6, campo7,
@@ -546,6 +596,8 @@ namespace CaixoraTef
         // O estado da DLL é do processo inteiro: a trava e a pendência também.
         private static readonly object Trava = new object();
         private static int pendente;
+        private static Desfecho desfechoPendente;
+        private static int emAndamento; // o cupom da venda que ainda não teve o seu desfecho
         private static bool fluxoEmCurso;
 
         private readonly int tentativas;
@@ -556,11 +608,13 @@ namespace CaixoraTef
         {
             if (configuracao == null)
                 throw new ArgumentNullException(nameof(configuracao));
-            Cliente = Texto.Codificar("CnpjCliente", configuracao.CnpjCliente);
-            Parceiro = Texto.Codificar("CnpjParceiro", configuracao.CnpjParceiro);
+            Cliente = Texto.Codificar("sCNPJCliente", configuracao.CnpjCliente);
+            Parceiro = Texto.Codificar("sCNPJParceiro", configuracao.CnpjParceiro);
             Leitor = configuracao.Leitor;
             tentativas = configuracao.Tentativas;
             pausaMs = configuracao.PausaMs;
+            if (Leitor < 1)
+                throw new ArgumentException($"iLeitor: {Leitor} não é ao menos 1");
             if (tentativas < 1)
                 throw new ArgumentException("Tentativas: ao menos uma");
             if (pausaMs < 0)
@@ -596,48 +650,51 @@ namespace CaixoraTef
             return Pagar(() => venda.Chamar(this));
         }
 
-        public Resultado VendeCredito(decimal valor, int cupom) =>
+        public Resultado VendeCredito(Reais valor, int cupom) =>
             Vender(Venda.Credito(valor, cupom));
 
-        public Resultado VendeCreditoVista(decimal valor, int cupom) =>
+        public Resultado VendeCreditoVista(Reais valor, int cupom) =>
             Vender(Venda.CreditoVista(valor, cupom));
 
-        public Resultado VendeCreditoParcLoja(int parcelas, decimal valor, int cupom) =>
+        public Resultado VendeCreditoParcLoja(int parcelas, Reais valor, int cupom) =>
             Vender(Venda.CreditoParcLoja(parcelas, valor, cupom));
 
-        public Resultado VendeCreditoParcAdm(int parcelas, decimal valor, int cupom) =>
+        public Resultado VendeCreditoParcAdm(int parcelas, Reais valor, int cupom) =>
             Vender(Venda.CreditoParcAdm(parcelas, valor, cupom));
 
-        public Resultado VendeDebito(decimal valor, int cupom) =>
+        public Resultado VendeDebito(Reais valor, int cupom) =>
             Vender(Venda.Debito(valor, cupom));
 
-        public Resultado VendeDebitoAVista(decimal valor, int cupom) =>
+        public Resultado VendeDebitoAVista(Reais valor, int cupom) =>
             Vender(Venda.DebitoAVista(valor, cupom));
 
-        public Resultado MenuPrivate(decimal valor, int cupom) =>
+        public Resultado MenuPrivate(Reais valor, int cupom) =>
             Vender(Venda.MenuPrivate(valor, cupom));
 
-        public Resultado VendeCarteiraDigitalPix(decimal valor, int cupom) =>
+        public Resultado VendeCarteiraDigitalPix(Reais valor, int cupom) =>
             Vender(Venda.CarteiraDigitalPix(valor, cupom));
 
-        public Resultado ParceleMais(decimal valor, int cupom) =>
+        public Resultado ParceleMais(Reais valor, int cupom) =>
             Vender(Venda.ParceleMais(valor, cupom));
 
-        public Resultado VendeFrotaCompleto(decimal valor, string km, string placa,
+        public Resultado VendeFrotaCompleto(Reais valor, string km, string placa,
             string matricula, IEnumerable<ItemFrota> itens, int cupom) =>
             Vender(Venda.FrotaCompleto(valor, km, placa, matricula, itens, cupom));
 
-        public Resultado LinkPagamento(int parcelas, decimal valor, int cupom,
+        public Resultado LinkPagamento(int parcelas, Reais valor, int cupom,
             IEnumerable<ItemLink> itens, string campo011, string campo012) =>
             Vender(Venda.LinkPagamento(parcelas, valor, cupom, itens, campo011, campo012));
 
         // ---- Depois da venda ----
 
+        /// <summary>Confirma uma venda que não está no diário. O sucesso é uma
+        /// <see cref="Resultado.RespostaLocal"/>.</summary>
         public Resultado Confirmar(int cupom) =>
-            Encerrar(cupom, () => Dll.Confirmar(Cliente, Parceiro, cupom));
+            EncerrarAvulsa(cupom, Desfecho.Confirmar);
 
+        /// <summary>Desfaz uma venda que não está no diário; responde como Confirmar.</summary>
         public Resultado Desfazimento(int cupom) =>
-            Encerrar(cupom, () => Dll.Desfazimento(Cliente, Parceiro, cupom));
+            EncerrarAvulsa(cupom, Desfecho.Desfazer);
 
         /// <summary>Desiste de uma confirmação, ou de um desfazimento, que foi recusada.</summary>
         public void EsquecerPendencia()
@@ -650,10 +707,10 @@ namespace CaixoraTef
         }
 
         /// <summary>Cancela uma transação confirmada. Valor 0: não vai no pedido.</summary>
-        public Resultado Cancelar(decimal valor, int cupom, string controle)
+        public Resultado Cancelar(Reais valor, int cupom, string controle)
         {
-            var reais = Dinheiro.Centavos(nameof(valor), valor) / 100.0;
-            var bytes = Texto.Codificar(nameof(controle), controle);
+            var reais = Dinheiro.Centavos("dValor", valor) / 100.0;
+            var bytes = Texto.Codificar("sControle", controle);
             return Pagar(() => Dll.Cancelar(Cliente, Parceiro, reais, cupom, bytes, Leitor));
         }
 
@@ -665,8 +722,8 @@ namespace CaixoraTef
         /// <param name="cupom">Cupom desta operação.</param>
         public Resultado ReimpressaoDireto(string nsu, string data, int cupom)
         {
-            var bytesNsu = Texto.Codificar(nameof(nsu), nsu);
-            var bytesData = Texto.Codificar(nameof(data), data);
+            var bytesNsu = Texto.Codificar("sNSU", nsu);
+            var bytesData = Texto.Codificar("data", data);
             return Pagar(() => Dll.ReimpressaoDireto(Cliente, Parceiro, bytesNsu, bytesData, cupom,
                 Leitor));
         }
@@ -674,9 +731,9 @@ namespace CaixoraTef
         // ---- Administração ----
 
         /// <summary>Abre o menu administrativo do GP. Valor 0: não vai no pedido.</summary>
-        public Resultado Adm(decimal valor, int cupom)
+        public Resultado Adm(Reais valor, int cupom)
         {
-            var reais = Dinheiro.Centavos(nameof(valor), valor) / 100.0;
+            var reais = Dinheiro.Centavos("dValor", valor) / 100.0;
             return Pagar(() => Dll.Adm(Cliente, Parceiro, reais, cupom, Leitor));
         }
 
@@ -701,9 +758,9 @@ namespace CaixoraTef
         public Resultado ManutencaoLinkPagamento() =>
             Pagar(() => Dll.ManutencaoLinkPagamento(Cliente, Parceiro, Leitor));
 
-        public Resultado ListarLinkPagamentoPago(decimal valor, int cupom)
+        public Resultado ListarLinkPagamentoPago(Reais valor, int cupom)
         {
-            var reais = Dinheiro.Centavos(nameof(valor), valor) / 100.0;
+            var reais = Dinheiro.Centavos("dValor", valor) / 100.0;
             return Pagar(() => Dll.ListarLinkPagamentoPago(Cliente, Parceiro, reais, cupom,
                 Leitor));
         }
@@ -740,8 +797,11 @@ namespace CaixoraTef
         /// <param name="venda">O que vender.</param>
         /// <param name="aoAprovar">Grava a venda e imprime o comprovante. Com true, a venda é
         /// confirmada; com false, ou uma exceção (que segue para quem chamou), desfeita.</param>
-        /// <exception cref="VendaEmAbertoException">O cupom está em aberto no diário e nada foi
+        /// <exception cref="VendaEmAbertoException">Há uma venda em aberto no diário e nada foi
         /// vendido, ou o desfecho não saiu: <see cref="ConcluirVenda"/>.</exception>
+        /// <exception cref="InvalidOperationException">Há uma venda em andamento. Até o desfecho
+        /// dela, toda operação que chega ao GP é recusada, também dentro de
+        /// <paramref name="aoAprovar"/>.</exception>
         /// <exception cref="ValorDivergenteException">O GP aprovou outra coisa.</exception>
         /// <exception cref="PendenciaAbertaException">Falta o desfecho de outra venda.</exception>
         /// <exception cref="DiarioException">O diário não pôde ser lido ou gravado.</exception>
@@ -751,50 +811,19 @@ namespace CaixoraTef
                 throw new ArgumentNullException(nameof(venda));
             if (aoAprovar == null)
                 throw new ArgumentNullException(nameof(aoAprovar));
-            Resultado resultado;
-            var relogio = new Stopwatch();
-            lock (Trava)
+            Ocupar(venda.Cupom, () =>
             {
                 ExigirSemPendencia();
                 diario?.Iniciar(venda);
-                relogio.Start();
-                resultado = Vender(venda);
-                relogio.Stop();
-            }
-            if (!resultado.Aprovada)
-            {
-                if (resultado.Incerto(relogio.ElapsedMilliseconds))
-                {
-                    Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer);
-                    return new ResultadoVenda(Situacao.Desfeita, resultado,
-                        "resultado incerto: " + resultado.Mensagem);
-                }
-                diario?.Remover(venda.Cupom);
-                return new ResultadoVenda(Situacao.Recusada, resultado, resultado.Mensagem);
-            }
-            if (!resultado.Corresponde(venda))
-            {
-                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer);
-                throw new ValorDivergenteException(venda.Cupom, venda.Centavos, resultado);
-            }
-            bool gravada;
+            });
             try
             {
-                diario?.Marcar(venda.Cupom, venda.Centavos, EstadoVenda.Aprovada);
-                gravada = aoAprovar(resultado);
+                return VenderEConcluir(venda, aoAprovar);
             }
-            catch (Exception erro)
+            finally
             {
-                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer, erro);
-                throw;
+                Desocupar();
             }
-            if (!gravada)
-            {
-                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer);
-                return new ResultadoVenda(Situacao.Desfeita, resultado, "o PDV não gravou a venda");
-            }
-            Concluir(venda.Cupom, venda.Centavos, Desfecho.Confirmar);
-            return new ResultadoVenda(Situacao.Confirmada, resultado, "");
         }
 
         /// <summary>As vendas do diário, que uma queda ou uma falha deixou sem desfecho.
@@ -808,14 +837,30 @@ namespace CaixoraTef
 
         /// <summary>Dá o desfecho a uma venda em aberto e a tira do diário.</summary>
         /// <exception cref="VendaEmAbertoException">O desfecho não saiu.</exception>
+        /// <exception cref="InvalidOperationException">O estado da venda pede o outro desfecho, ou
+        /// há uma venda em andamento.</exception>
         public void ConcluirVenda(int cupom, Desfecho desfecho)
         {
-            var venda = VendasEmAberto().FirstOrDefault(aberta => aberta.Cupom == cupom);
-            if (venda == null)
-                throw new ArgumentException($"cupom: {cupom} não está em aberto no diário");
-            lock (Trava)
-                ExigirSemPendencia(cupom);
-            Concluir(cupom, venda.Centavos, desfecho);
+            VendaEmAberto venda = null;
+            Ocupar(cupom, () =>
+            {
+                venda = VendasEmAberto().FirstOrDefault(aberta => aberta.Cupom == cupom);
+                if (venda == null)
+                    throw new ArgumentException($"iCupom: {cupom} não está em aberto no diário");
+                if (venda.Falta != null && venda.Falta != desfecho)
+                    throw new InvalidOperationException($"o cupom {cupom} está no diário como " +
+                        $"{venda.Estado.ToString().ToLowerInvariant()}: só cabe " +
+                        venda.Falta.ToString().ToLowerInvariant());
+                ExigirSemPendencia(cupom, desfecho);
+            });
+            try
+            {
+                Concluir(cupom, venda.Centavos, desfecho);
+            }
+            finally
+            {
+                Desocupar();
+            }
         }
 
         // ---- Fluxo interativo ----
@@ -836,6 +881,7 @@ namespace CaixoraTef
             int codigo;
             lock (Trava)
             {
+                ExigirSemVenda();
                 ExigirSemPendencia();
                 if (fluxoEmCurso)
                     throw new InvalidOperationException("já há um fluxo interativo em curso");
@@ -872,38 +918,38 @@ namespace CaixoraTef
         public Task<Resultado> VenderAsync(Venda venda) =>
             EmThread(() => Vender(venda));
 
-        public Task<Resultado> VendeCreditoAsync(decimal valor, int cupom) =>
+        public Task<Resultado> VendeCreditoAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.Credito(valor, cupom));
 
-        public Task<Resultado> VendeCreditoVistaAsync(decimal valor, int cupom) =>
+        public Task<Resultado> VendeCreditoVistaAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.CreditoVista(valor, cupom));
 
-        public Task<Resultado> VendeCreditoParcLojaAsync(int parcelas, decimal valor, int cupom) =>
+        public Task<Resultado> VendeCreditoParcLojaAsync(int parcelas, Reais valor, int cupom) =>
             VenderAsync(Venda.CreditoParcLoja(parcelas, valor, cupom));
 
-        public Task<Resultado> VendeCreditoParcAdmAsync(int parcelas, decimal valor, int cupom) =>
+        public Task<Resultado> VendeCreditoParcAdmAsync(int parcelas, Reais valor, int cupom) =>
             VenderAsync(Venda.CreditoParcAdm(parcelas, valor, cupom));
 
-        public Task<Resultado> VendeDebitoAsync(decimal valor, int cupom) =>
+        public Task<Resultado> VendeDebitoAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.Debito(valor, cupom));
 
-        public Task<Resultado> VendeDebitoAVistaAsync(decimal valor, int cupom) =>
+        public Task<Resultado> VendeDebitoAVistaAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.DebitoAVista(valor, cupom));
 
-        public Task<Resultado> MenuPrivateAsync(decimal valor, int cupom) =>
+        public Task<Resultado> MenuPrivateAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.MenuPrivate(valor, cupom));
 
-        public Task<Resultado> VendeCarteiraDigitalPixAsync(decimal valor, int cupom) =>
+        public Task<Resultado> VendeCarteiraDigitalPixAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.CarteiraDigitalPix(valor, cupom));
 
-        public Task<Resultado> ParceleMaisAsync(decimal valor, int cupom) =>
+        public Task<Resultado> ParceleMaisAsync(Reais valor, int cupom) =>
             VenderAsync(Venda.ParceleMais(valor, cupom));
 
-        public Task<Resultado> VendeFrotaCompletoAsync(decimal valor, string km, string placa,
+        public Task<Resultado> VendeFrotaCompletoAsync(Reais valor, string km, string placa,
             string matricula, IEnumerable<ItemFrota> itens, int cupom) =>
             VenderAsync(Venda.FrotaCompleto(valor, km, placa, matricula, itens, cupom));
 
-        public Task<Resultado> LinkPagamentoAsync(int parcelas, decimal valor, int cupom,
+        public Task<Resultado> LinkPagamentoAsync(int parcelas, Reais valor, int cupom,
             IEnumerable<ItemLink> itens, string campo011, string campo012) =>
             VenderAsync(
                 Venda.LinkPagamento(parcelas, valor, cupom, itens, campo011, campo012));
@@ -914,13 +960,13 @@ namespace CaixoraTef
         public Task<Resultado> DesfazimentoAsync(int cupom) =>
             EmThread(() => Desfazimento(cupom));
 
-        public Task<Resultado> CancelarAsync(decimal valor, int cupom, string controle) =>
+        public Task<Resultado> CancelarAsync(Reais valor, int cupom, string controle) =>
             EmThread(() => Cancelar(valor, cupom, controle));
 
         public Task<Resultado> ReimpressaoAsync() =>
             EmThread(Reimpressao);
 
-        public Task<Resultado> AdmAsync(decimal valor, int cupom) =>
+        public Task<Resultado> AdmAsync(Reais valor, int cupom) =>
             EmThread(() => Adm(valor, cupom));
 
         public Task<Resultado> AguardarGpAsync(int tentativas = 0) =>
@@ -964,38 +1010,128 @@ namespace CaixoraTef
         internal static void ExigirCupom(int cupom)
         {
             if (cupom < 1)
-                throw new ArgumentException($"cupom: {cupom} não é ao menos 1");
+                throw new ArgumentException($"iCupom: {cupom} não é ao menos 1");
         }
 
-        // Durante uma pendência, só o desfecho do cupom permitido pode seguir.
-        private static void ExigirSemPendencia(int cupomPermitido = 0)
+        // Durante uma pendência, só o mesmo desfecho do mesmo cupom pode seguir.
+        private static void ExigirSemPendencia(int cupom = 0, Desfecho? desfecho = null)
         {
-            if (pendente != 0 && pendente != cupomPermitido)
-                throw new PendenciaAbertaException(pendente);
+            if (pendente != 0 && (pendente != cupom || desfechoPendente != desfecho))
+                throw new PendenciaAbertaException(pendente, desfechoPendente);
         }
+
+        private static void ExigirSemVenda()
+        {
+            if (emAndamento != 0)
+                throw new InvalidOperationException(
+                    $"há uma venda em andamento: cupom {emAndamento}");
+        }
+
+        // Até Desocupar, nenhuma outra operação chega ao GP.
+        private static void Ocupar(int cupom, Action verificar)
+        {
+            lock (Trava)
+            {
+                ExigirSemVenda();
+                verificar();
+                emAndamento = cupom;
+            }
+        }
+
+        private static void Desocupar()
+        {
+            lock (Trava)
+                emAndamento = 0;
+        }
+
+        private static Resultado Receber(Func<IntPtr> funcao) =>
+            Resultado.Interpretar(Texto.Receber(funcao()));
 
         private static Resultado Pagar(Func<IntPtr> funcao)
         {
             lock (Trava)
             {
+                ExigirSemVenda();
                 ExigirSemPendencia();
-                return Resultado.Interpretar(Texto.Receber(funcao()));
+                return Receber(funcao);
             }
         }
 
-        private static Resultado Encerrar(int cupom, Func<IntPtr> funcao)
+        private Resultado EncerrarAvulsa(int cupom, Desfecho desfecho)
         {
             ExigirCupom(cupom);
             lock (Trava)
             {
-                ExigirSemPendencia(cupom);
+                ExigirSemVenda();
+                ExigirSemPendencia(cupom, desfecho);
+                if (diario != null && diario.Ler().Any(aberta => aberta.Cupom == cupom))
+                    throw new InvalidOperationException(
+                        $"o cupom {cupom} está em aberto no diário: use ConcluirVenda");
+                return Encerrar(cupom, desfecho);
+            }
+        }
+
+        private Resultado Encerrar(int cupom, Desfecho desfecho)
+        {
+            lock (Trava)
+            {
                 // Vale também para uma chamada cujo resultado não se chegue a ler.
+                desfechoPendente = desfecho;
                 pendente = cupom;
-                var resultado = Resultado.Interpretar(Texto.Receber(funcao()));
+                var resultado = Receber(() => desfecho == Desfecho.Confirmar
+                    ? Dll.Confirmar(Cliente, Parceiro, cupom)
+                    : Dll.Desfazimento(Cliente, Parceiro, cupom));
                 if (Saiu(resultado))
                     pendente = 0;
                 return resultado;
             }
+        }
+
+        private ResultadoVenda VenderEConcluir(Venda venda, Func<Resultado, bool> aoAprovar)
+        {
+            Resultado resultado;
+            var relogio = new Stopwatch();
+            lock (Trava)
+            {
+                relogio.Start();
+                resultado = Receber(() => venda.Chamar(this));
+                relogio.Stop();
+            }
+            if (!resultado.Aprovada)
+            {
+                if (resultado.Incerto(relogio.ElapsedMilliseconds))
+                {
+                    Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer);
+                    return new ResultadoVenda(Situacao.Desfeita, resultado,
+                        "resultado incerto: " + resultado.Mensagem);
+                }
+                diario?.Remover(venda.Cupom);
+                return new ResultadoVenda(Situacao.Recusada, resultado, resultado.Mensagem);
+            }
+            if (!resultado.Corresponde(venda))
+            {
+                var erro = new ValorDivergenteException(venda.Cupom, venda.Centavos, resultado);
+                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer, erro);
+                throw erro;
+            }
+            bool gravada;
+            try
+            {
+                diario?.Marcar(venda.Cupom, venda.Centavos, EstadoVenda.Aprovada);
+                gravada = aoAprovar(resultado);
+            }
+            catch (Exception erro)
+            {
+                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer, erro);
+                throw;
+            }
+            if (!gravada)
+            {
+                Concluir(venda.Cupom, venda.Centavos, Desfecho.Desfazer);
+                return new ResultadoVenda(Situacao.Desfeita, resultado, "o PDV não gravou a venda");
+            }
+            Concluir(venda.Cupom, venda.Centavos, Desfecho.Confirmar);
+            return new ResultadoVenda(Situacao.Confirmada, resultado, "");
         }
 
         private static bool Saiu(Resultado resultado) =>
@@ -1017,22 +1153,11 @@ namespace CaixoraTef
             }
             for (var i = 1; ; i++)
             {
-                string resposta;
-                try
-                {
-                    var resultado = desfecho == Desfecho.Confirmar
-                        ? Confirmar(cupom)
-                        : Desfazimento(cupom);
-                    if (Saiu(resultado))
-                        break;
-                    resposta = resultado.Mensagem;
-                }
-                catch (PendenciaAbertaException erro) // de outra thread, que também insiste
-                {
-                    resposta = erro.Message;
-                }
+                var resultado = Encerrar(cupom, desfecho);
+                if (Saiu(resultado))
+                    break;
                 if (i == tentativas)
-                    throw new VendaEmAbertoException(cupom, desfecho, resposta, causa);
+                    throw new VendaEmAbertoException(cupom, desfecho, resultado.Mensagem, causa);
                 Thread.Sleep(pausaMs);
             }
             try
@@ -1076,7 +1201,7 @@ namespace CaixoraTef
                     var resposta = perguntar(texto);
                     if (resposta == null)
                         return Abandonar(EtapaFluxo.Resposta, "cancelado pelo operador");
-                    var bytes = Texto.CodificarFluxo("resposta", resposta);
+                    var bytes = Texto.CodificarFluxo("sInformacao", resposta);
                     int codigo;
                     lock (Trava)
                         codigo = Dll.ContinuaFuncaoQJInterativo(bytes);
@@ -1139,8 +1264,9 @@ namespace CaixoraTef
 
         private const decimal Maximo = MaximoCentavos / 100m;
 
-        public static long Centavos(string nome, decimal valor)
+        public static long Centavos(string nome, Reais reais)
         {
+            var valor = reais.Valor;
             if (valor < 0 || valor > Maximo)
                 throw new ArgumentException(
                     $"{nome}: {Exato(valor)} não está entre 0 e {Exato(Maximo)}");
@@ -1259,8 +1385,8 @@ namespace CaixoraTef
             lock (Trava)
             {
                 var vendas = Ler();
-                if (vendas.Any(aberta => aberta.Cupom == venda.Cupom))
-                    throw new VendaEmAbertoException(venda.Cupom);
+                if (vendas.Count > 0)
+                    throw new VendaEmAbertoException(vendas[0]);
                 vendas.Add(new VendaEmAberto(venda.Cupom, venda.Centavos, EstadoVenda.Iniciada));
                 Gravar(vendas);
             }
@@ -1313,10 +1439,12 @@ namespace CaixoraTef
         private List<VendaEmAberto> Interpretar(string texto)
         {
             var linhas = texto.Split('\n')
-                .Select(linha => linha.EndsWith("\r") ? linha.Remove(linha.Length - 1) : linha)
+                .Select(linha => linha.EndsWith("\r", StringComparison.Ordinal)
+                    ? linha.Remove(linha.Length - 1)
+                    : linha)
                 .ToArray();
             // Depois do último fim de linha vem um texto vazio; sem ele, o arquivo foi cortado.
-            if (linhas.Length < 2 || linhas[0] != Cabecalho || linhas[linhas.Length - 1] != "")
+            if (linhas[0] != Cabecalho || !texto.EndsWith("\n", StringComparison.Ordinal))
                 throw new DiarioException($"diário ilegível ({caminho})");
             var vendas = new List<VendaEmAberto>();
             foreach (var linha in linhas.Skip(1).Take(linhas.Length - 2))
