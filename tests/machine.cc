@@ -202,6 +202,7 @@ SystemError DeleteFileAt(const std::string& path) {
 SystemError RenameFile(const std::string& from, const std::string& to) {
   const SystemCall call(kNeedsSome);
   SystemError error = call.fails ? kDenied : IsFile(Key(to)) ? kExists : kNone;
+  if (error == kNone && machine.open.count(Key(from))) error = kInUse;
   if (error == kNone && !IsFile(Key(from))) error = Missing(Key(from));
   if (error == kNone) {
     auto file = machine.files.extract(Key(from));
