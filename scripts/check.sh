@@ -51,8 +51,8 @@ for language in c11 c++20; do
   x86_64-w64-mingw32-g++-posix -x "${language%%[0-9]*}" -std=$language -pedantic-errors -Wall -Werror \
     -fsyntax-only include/caixora.h
 done
-clang --target=i686-w64-mingw32 -isystem /usr/x86_64-w64-mingw32/include -fsyntax-only -x c \
-  include/caixora.h 2>&1 | grep -q 'error: "Caixora.dll is for 64-bit hosts'
+{ clang --target=i686-w64-mingw32 -isystem /usr/x86_64-w64-mingw32/include -fsyntax-only -x c \
+  include/caixora.h || true; } 2>&1 | grep -q 'error: "Caixora.dll is for 64-bit hosts'
 
 echo '== the guide shows the examples as they are'
 scripts/guide.sh --confere
