@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr std::size_t kWidth = 98;
 constexpr char kBetweenNotes[] = " | ";
 constexpr char kLineEnd[] = "\xC2\xB6";  // the pilcrow
 
@@ -182,7 +181,10 @@ void ReadCommon(const std::string& path) {
       texts.push_back(line);
     } else if (line.starts_with("$")) {
       const std::string name = TakeUpTo(line, " = ");
-      for (const auto& [known, meaning] : names) ReplaceAll(line, known, meaning);
+      for (const auto& [known, meaning] : names) {
+        if (known.starts_with(name)) throw std::runtime_error(name + " começa " + known);
+        ReplaceAll(line, known, meaning);
+      }
       names.insert(names.begin(), {name, line});
     } else {
       first_lines.push_back(line);
@@ -198,7 +200,7 @@ void StartCase() {
 }
 
 bool RunLine(const std::string& text) {
-  std::string line = text.starts_with('#') ? "" : text;
+  std::string line = text.starts_with('#') ? "" : text.substr(0, text.find(kArrow));
   for (const auto& [name, meaning] : names) ReplaceAll(line, name, meaning);
   line = Bytes(line);
   machine.notes.clear();

@@ -7,13 +7,16 @@
 
 using Lines = std::vector<std::string>;
 
-// A titled piece of a file. Lines that begin with two blanks are a transcript of the line above.
+// A titled piece of a file. A line's transcript stands behind an arrow, or in the lines below it
+// that begin with two blanks.
 struct Case {
   std::string title;
   Lines lines;
 };
 std::vector<Case> ReadCases(const std::string& path);
 
+inline constexpr std::size_t kWidth = 118;
+inline constexpr char kArrow[] = " -> ";
 inline bool IsTranscript(const std::string& line) { return line.starts_with("  "); }
 
 // Reads what all cases share: the machine that they start on, names of texts, and passages.

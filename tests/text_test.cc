@@ -58,7 +58,8 @@ TEST(Items, HaveTheirNumbersAndNumberings) {
   for (const char* good : {"1", "10,50", "4.99", " 7 ", "1.2.3", "1-2", "1e", "1e5", "1e+5", ".5",
                            "+1", "-1", "--", "1e1e1"})
     EXPECT_TRUE(NumeroValido(good)) << good;
-  for (const char* bad : {"", "  ", "+", "x", ",5", "1.", "1,", "1e1.5", "e5", "1ee", "1 2", "\t1"})
+  for (const char* bad : {"", "  ", "+", "x", ",5", "1.", "1,", "1e1.5", "e5", "1ee", "1 2", ".-1",
+                          "\t1"})
     EXPECT_FALSE(NumeroValido(bad)) << bad;
   TefArguments arguments;
   arguments.iQtdeItens = 11;
@@ -93,6 +94,7 @@ TEST(Answer, BecomesTheResult) {
        "742-000 = 14\n031-000 = 15\n640-000 = no\n028-000 = 2\n029-001 = LOJA\n029-002 = TOTAL\n",
        "S;1;\r\nC;1;2;3;4;5;6;7;8;9;10;11;12;13;14;15\r\nI;LOJA\r\nI;TOTAL"},
       {"010-001 = 0\n640-000 = 77\n028-000 = 0", "S;2;\r\nC;;;;;;;;1;;;77;;;;"},
+      {"010-001 = 1\n640-000 = 77\n018-000 = -1", "S;2;\r\nC;;;;;;;;-1;;;1;;;;"},
       {"010-000 = REDE\n040-000 = B\n504-001 = NOVA", "S;2;\r\nC;;;REDE;NOVA;;;;1;;;;;;;"},
       {"010-000 = REDE\n504-001 = NOVA", "S;2;\r\nC;;;;REDE;;;;1;;;;;;;"},
       {"030-000 = A=B", "S;2;A\r\nC;;;;;;;;1;;;;;;;"},

@@ -35,9 +35,13 @@ Lines Replay(const Case& script) {
   Lines lines;
   for (const std::string& line : script.lines) {
     if (IsTranscript(line)) continue;
-    lines.push_back(line);
+    lines.push_back(line.substr(0, line.find(kArrow)));
     if (!RunLineToItsEnd(line)) continue;
-    for (const std::string& told : Transcript()) lines.push_back(told);
+    const Lines told = Transcript();
+    if (told.size() == 1 && lines.back().size() + told[0].size() <= kWidth)
+      lines.back() += kArrow + told[0].substr(2);
+    else
+      lines.insert(lines.end(), told.begin(), told.end());
   }
   return lines;
 }
