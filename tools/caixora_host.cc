@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@
 #include "tools/json_output.h"
 #include "tools/narrow.h"
 #include "tools/reply.h"
+#include "tools/verbs.h"
 // After windows.h, which it needs.
 #include <shellapi.h>
 
@@ -34,6 +36,8 @@ struct Options {
   bool raw = false;
   std::string library;
   std::vector<std::string> commands;
+  const Verb* verb = nullptr;  // one that runs without the library, in place of the commands
+  std::vector<std::string> verb_arguments;
   std::string help;  // to be shown in place of anything else
   ExitCode help_status = kDone;
 };
@@ -77,7 +81,8 @@ Options ParseCommandLine() {
   // From the first function on nothing is an option, whatever it begins with.
   app.prefix_command();
   app.allow_windows_style_options(false);
-  std::vector<std::string> arguments = CommandLine();
+  const std::vector<std::string> line = CommandLine();
+  std::vector<std::string> arguments = line;
   std::ranges::reverse(arguments);
   try {
     app.parse(std::move(arguments));
@@ -92,6 +97,14 @@ Options ParseCommandLine() {
   options.commands = app.remaining();
   if (!options.commands.empty() && options.commands.front().starts_with("-"))
     throw ErroDeUso("Opção desconhecida: " + options.commands.front());
+  const Verb* const verb = options.commands.empty() ? nullptr : FindVerb(options.commands.front());
+  if (verb != nullptr && verb->run != nullptr) {
+    // Its options may stand before its name as well.
+    options.verb = verb;
+    options.verb_arguments = line;
+    options.verb_arguments.erase(options.verb_arguments.end() - std::ssize(options.commands));
+    return options;
+  }
   if (options.bridge && !options.commands.empty())
     throw ErroDeUso("--ponte não aceita funções na linha de comando");
   if (!options.bridge && !options.list && options.commands.empty()) {
@@ -128,6 +141,7 @@ int Start() {
   try {
     const Options options = ParseCommandLine();
     if (!options.help.empty()) return Print(options.help), options.help_status;
+    if (options.verb != nullptr) return options.verb->run(options.verb_arguments);
     if (options.list) return PrintFunctions(), kDone;
     if (options.json || options.bridge) json.emplace();
     return Run(options, json);

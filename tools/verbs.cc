@@ -1,0 +1,38 @@
+#include "tools/verbs.h"
+
+#include <algorithm>
+
+namespace caixora {
+namespace {
+
+constexpr Verb kVerbs[] = {
+    {"Fluxo", "<os onze argumentos de IniciaFuncaoQJInterativo> [respostas...]",
+     "conduz um fluxo interativo do início ao fim",
+     "Mostra cada pergunta do Trevix e envia as respostas, na ordem dada. Quando elas acabam, "
+     "pede\n"
+     "uma por linha no teclado ou na entrada. A resposta \"cancelar\" abandona o fluxo.\n\n"
+     "Exemplo:\n"
+     "  caixora_host Fluxo 20 11.222.333/0001-81 1 \"\" 12,50 000545 20210325 009 652 7 \"\" 3 1\n",
+     nullptr},
+    {"Pausa", "<ms>", "espera entre duas chamadas",
+     "Espera o número dado de milissegundos.\n\n"
+     "Exemplo:\n"
+     "  caixora_host Atv 11.222.333/0001-81 11.222.333/0001-81 1 1 + Pausa 3000 + Teste\n",
+     nullptr},
+    {"Pasta", "<pasta>", "muda o diretório atual, que a biblioteca consulta a cada chamada",
+     "Muda o diretório atual deste programa. Vale para as chamadas que vêm depois na linha.\n\n"
+     "Exemplo:\n"
+     "  caixora_host Pasta C:\\caixa + Atv 11.222.333/0001-81 11.222.333/0001-81 1 1\n",
+     nullptr},
+};
+
+}  // namespace
+
+std::span<const Verb> AllVerbs() { return kVerbs; }
+
+const Verb* FindVerb(std::string_view name) {
+  const auto* row = std::ranges::find(kVerbs, name, &Verb::name);
+  return row == std::end(kVerbs) ? nullptr : row;
+}
+
+}  // namespace caixora
