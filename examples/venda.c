@@ -1,5 +1,6 @@
 /*
- * One credit sale: sell, print, confirm. What was approved but could not be printed is undone.
+ * One credit sale: sell, print, confirm. What was approved but could not be printed is undone, and
+ * so is a sale of which the result does not tell whether it happened.
  *
  *    venda <CNPJ do lojista> <CNPJ do parceiro> <valor, ex.: 12,50> <cupom>
  *
@@ -73,16 +74,26 @@ static int PrintReceipt(const char* result) {
   return fflush(stdout) == 0;
 }
 
-/*
- * Confirms or undoes. A refused call is repeated, before anything else is called: it may only have
- * found the GP closed and started it. Returns 1 when the request was written.
- */
 /* trecho: desfecho */
+/* The library's own reply. It is the success of a confirmation or undo, and never an approval. */
+static int IsLocal(const char* result, int32_t coupon) {
+  char local[80];
+  snprintf(local, sizeof local, "S;2;COMANDO COM SUCESSO\r\nC;%d;;;;;;;1;;;;;;;", (int)coupon);
+  return strcmp(result, local) == 0;
+}
+
+/* The GP may have made the sale: it went away, hung, or its answer was lost or not its own. */
+static int IsUncertain(const char* result, int32_t coupon) {
+  return strcmp(result, "S;0;GP N\xC3O ATIVO") == 0 || strcmp(result, "S;0;GP NAO ATIVO") == 0 ||
+         strncmp(result, "S;0;FALHA INTERNA, VERIFIQUE", 28) == 0 || IsLocal(result, coupon);
+}
+
+/* Confirms or undoes; a refused call is repeated before anything else is called. */
 static int Finish(AfterSale finish, const char* shop, const char* partner, int32_t coupon) {
   for (int attempt = 1; attempt <= 5; ++attempt) {
     if (attempt > 1) Sleep(2000);
     CaixoraTexto text = finish(shop, partner, coupon);
-    const int done = strncmp((const char*)text, "S;2;", 4) == 0;
+    const int done = IsLocal((const char*)text, coupon);
     if (!done) PrintMessage((const char*)text);
     SysFreeString(text);
     if (done) return 1;
@@ -118,15 +129,16 @@ int main(int argc, char** argv) {
   const char* result = (const char*)text; /* SysStringByteLen(text) bytes and a final zero */
   int code = 1;
   PrintMessage(result);
-  if (strncmp(result, "S;0;", 4) != 0) {
-    const int printed = PrintReceipt(result); /* "S;2;": there is nothing to print */
-    if (!Finish(printed ? confirm : undo, shop, partner, coupon)) {
+  if (strncmp(result, "S;0;", 4) != 0 || IsUncertain(result, coupon)) {
+    /* "S;2;": there is nothing to print. */
+    const int confirms = !IsUncertain(result, coupon) && PrintReceipt(result);
+    if (!Finish(confirms ? confirm : undo, shop, partner, coupon)) {
       fprintf(stderr, "Cupom %d EM ABERTO: %s.\n", (int)coupon,
-              printed ? "falta confirmar" : "falta desfazer");
+              confirms ? "falta confirmar" : "falta desfazer");
       code = 3;
     } else {
-      puts(printed ? "Confirmada" : "Desfeita");
-      code = printed ? 0 : 1;
+      puts(confirms ? "Confirmada" : "Desfeita");
+      code = confirms ? 0 : 1;
     }
   }
   SysFreeString(text);
