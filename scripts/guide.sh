@@ -6,7 +6,10 @@
 #
 # A region of an example begins at a comment of its own "trecho: venda" and goes to the next one
 # "fim do trecho"; its indentation is taken away. Several regions, and the parts of one that is in
-# several places, are set apart by an empty line.
+# several places, are set apart by an empty line. The table of failures comes from tools/falhas.tsv:
+#
+#    <!-- tabela: falhas -->
+#    <!-- fim -->
 #
 # scripts/guide.sh --confere writes nothing, and fails where the guide differs from the examples.
 source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
@@ -28,6 +31,7 @@ LANGUAGES = {"cc": "cpp", "cs": "csharp", "dpr": "pascal", "js": "js", "py": "py
 BEGIN = re.compile(r"\s*(?://|'|#|/\*) trecho: (\S+)(?: \*/)?")
 END = re.compile(r"\s*(?://|'|#|/\*) fim do trecho(?: \*/)?")
 BLOCK = re.compile(r"<!-- trecho: (\S+) (.+) -->")
+FAILURES = "<!-- tabela: falhas -->"
 
 
 def read(path):
@@ -66,10 +70,35 @@ def block(path, names):
     return f"```{LANGUAGES.get(extension, extension)}\n{code}\n```"
 
 
+def code(patterns):
+    """What the host or the log says, as code; a "*" is any further text."""
+    return " ou ".join(f"`{text.removesuffix('*')}{'…' if text.endswith('*') else ''}`"
+                       for text in patterns)
+
+
+def log_cell(cell):
+    patterns = [text for text in cell.split(" | ") if text]
+    last = [text.removeprefix("fim: ") for text in patterns if text.startswith("fim: ")]
+    said = code(text for text in patterns if not text.startswith("fim: "))
+    return f"{code(last)}, e nada mais" if last else said
+
+
+def prose(text):
+    return re.sub(r"([|<*_])", r"\\\1", text)
+
+
+def failures(path):
+    rows = [line.split("\t") for line in read(path)[1:]]
+    table = ["| O PDV recebe | O log diz | Significado | O que fazer |", "|---|---|---|---|"]
+    for result, log, meaning, remedy in rows:
+        table.append(f"| {code([result])} | {log_cell(log)} | {prose(meaning)} | {prose(remedy)} |")
+    return "\n".join(table)
+
+
 skipping = False
 for line in read(sys.argv[1]):
     filling = BLOCK.fullmatch(line)
-    if skipping and (filling or line.startswith("## ")):
+    if skipping and (filling or line == FAILURES or line.startswith("## ")):
         sys.exit(f"the guide has a block without its <!-- fim --> before: {line}")
     if line == "<!-- fim -->":
         if not skipping:
@@ -80,15 +109,18 @@ for line in read(sys.argv[1]):
     if filling:
         print(block(filling[1], filling[2].split()))
         skipping = True
-    elif line.startswith("<!-- trecho"):
-        sys.exit(f"the guide names no file and region: {line}")
+    elif line == FAILURES:
+        print(failures("tools/falhas.tsv"))
+        skipping = True
+    elif line.startswith(("<!-- trecho", "<!-- tabela")):
+        sys.exit(f"the guide names no file and region, nor a table: {line}")
 if skipping:
     sys.exit("the guide has a block without its <!-- fim -->")
 PYTHON
 
 if [ "${1:-}" = --confere ]; then
   diff -u "$guide" "$filled" ||
-    stop 'O guia difere dos exemplos; para acertá-lo: scripts/guide.sh'
+    stop 'O guia difere dos exemplos ou da tabela de falhas; para acertá-lo: scripts/guide.sh'
 else
   cmp -s "$guide" "$filled" || cat "$filled" >"$guide"
 fi
