@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "exchange/gp_candidates.h"
 #include "support/ansi.h"
 #include "support/file_helpers.h"
 #include "support/log.h"
@@ -9,34 +10,6 @@
 
 namespace caixora {
 namespace {
-
-// Five passes: the letters' terminating NUL is one of them, and support staff count five lines in
-// the log. A path that begins with it is an empty C string and names no file, and its log line ends
-// where the path would begin.
-constexpr char kDrives[] = "CDEF";
-
-constexpr char kDeveloperMark[] = "C:\\OrvaneAutomacao.txt";
-constexpr char kDeveloperFolder[] = "D:\\Programas\\Cartao - Vetra\\Projeto com skin - Talvi\\";
-constexpr char kDeveloperExe[] = "Pavolin.exe";
-
-// Where GPs are installed on a drive, in the order of preference: simulators before the normal
-// build. The last rows differ in case alone, which Windows ignores; each is still probed.
-struct Candidate {
-  std::string_view folder, exe;
-};
-constexpr Candidate kCandidates[] = {
-    {":\\Pavolin TEF\\", "Pavolin.exe"},
-    {":\\Orvane Lumetra\\", "clientorvane.exe"},
-    {":\\Orvane Lumetra\\", "clientorvane_simulador.exe"},
-    {":\\Lumetra\\", "clientorvane_simulador.exe"},
-    {":\\Nerol TEF\\", "Nerol.exe"},
-    {":\\LUMETRA\\", "clientorvane.exe"},
-    {":\\Lumetra\\", "ClientOrvane.exe"},
-};
-
-std::string OnDrive(char drive, std::string_view path) {
-  return std::string(1, drive).append(path);
-}
 
 void TakeGp(const std::string& folder, std::string_view exe) {
   state.SetClientFolder(folder);
@@ -49,13 +22,11 @@ void FindGp(Exchange& exchange) {
     exchange.gp_is_watched = false;
     return;
   }
-  for (const char drive : kDrives) {
-    for (const Candidate& candidate : kCandidates) {
-      const std::string folder = OnDrive(drive, candidate.folder);
-      if (!OpensForReading(std::string(folder).append(candidate.exe))) continue;
-      TakeGp(folder, candidate.exe);
-      return;
-    }
+  for (std::size_t i = 0; i < kGpPlaces; ++i) {
+    const GpPlace place = GpPlaceAt(i);
+    if (!OpensForReading(place.Path())) continue;
+    TakeGp(place.folder, place.exe);
+    return;
   }
 }
 
@@ -64,12 +35,11 @@ int FindExchangeFolder() {
   int count = 0;
   for (const char drive : kDrives) {
     WriteLog({"Validando a Pasta TEF_DIAL"}, Detail::kDetailed);
-    // The folder is there when the program that lies in it is.
-    const std::string program = OnDrive(drive, ":\\Tef_Dial\\Tef_Dial.exe");
+    const std::string program = ExchangeProgramOn(drive);
     WriteLog({"Caminho da Pasta Tef_dial: ", program});
     if (!OpensForReading(program)) continue;
     ++count;
-    state.ExchangeFolder = OnDrive(drive, ":\\Tef_dial");
+    state.ExchangeFolder = ExchangeFolderOn(drive);
   }
   return count;
 }

@@ -1,5 +1,5 @@
-// Finds the GP and its exchange folder anew at the start of every call, by opening files on fixed
-// drives and paths. There is no configuration for it.
+// Finds the GP and its exchange folder anew at the start of every call, by opening the files that
+// gp_candidates.h names.
 #pragma once
 
 #include "exchange/tef_call.h"

@@ -18,12 +18,32 @@ void ReadLines(std::string_view text) {
       continue;
     }
     std::vector<std::string> pieces = Split(line, '=');
-    if (pieces.size() >= 2)
-      state.ConfigList.push_back({std::move(pieces[0]), std::move(pieces[1])});
+    if (std::optional<ConfigPair> pair = PairOf(pieces))
+      state.ConfigList.push_back(std::move(*pair));
   }
 }
 
 }  // namespace
+
+bool ReadConfigText(File& file, std::string& text) noexcept {
+  const bool whole =
+      Guarded([&] { return ReadAll(file, text) == SystemError::kNone; }, [] { return false; });
+  if (!whole) text.resize(text.rfind('\n') + 1);
+  DecodeTextMode(text);
+  return whole;
+}
+
+std::optional<ConfigPair> PairOf(std::vector<std::string>& pieces) {
+  if (pieces.size() < 2) return std::nullopt;
+  return ConfigPair{std::move(pieces[0]), std::move(pieces[1])};
+}
+
+ConfigPair LastPair(const std::vector<ConfigPair>& pairs, std::string_view key) {
+  ConfigPair found;
+  for (const ConfigPair& pair : pairs)
+    if (pair.key == key) found = pair;
+  return found;
+}
 
 bool LerArquivoConfigQJ(const std::string& path) {
   WriteLog({"ENTROU - LerArquivoConfigQJ"}, Detail::kDetailed);
@@ -38,10 +58,7 @@ bool LerArquivoConfigQJ(const std::string& path) {
   WriteLog({"Arquivo Aberto - ConfigQJ.ini"}, Detail::kDetailed);
 
   std::string text;
-  const bool whole =
-      Guarded([&] { return ReadAll(file, text) == SystemError::kNone; }, [] { return false; });
-  if (!whole) text.resize(text.rfind('\n') + 1);  // the lines read so far count
-  DecodeTextMode(text);
+  const bool whole = ReadConfigText(file, text);
   const auto stored = [&] {
     ReadLines(text);
     return true;
@@ -57,10 +74,8 @@ bool LerArquivoConfigQJ(const std::string& path) {
 
 ConfigPair FindConfigQJ(std::string_view key) {
   WriteLog({"ENTROU - FindConfigQJ"}, Detail::kDetailed);
-  ConfigPair found;
-  if (state.ConfigList.empty()) return found;
-  for (const ConfigPair& pair : state.ConfigList)
-    if (pair.key == key) found = pair;
+  if (state.ConfigList.empty()) return {};
+  ConfigPair found = LastPair(state.ConfigList, key);
   WriteLog({"Retornando elemento: ", found.key, ", ", found.value}, Detail::kDetailed);
   return found;
 }

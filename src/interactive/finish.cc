@@ -30,7 +30,7 @@ void AwaitCompanionEnd() {
 
 FlowCode Send(const std::string& parameter_line, const std::string& record) {
   WriteLog({"Caminho Email.exe - ", state.ClientFolder}, Detail::kDetailed);
-  const std::string path = state.ClientFolder + "\\Email.exe";
+  const std::string path = SenderUnder(state.ClientFolder);
   if (!FileExists(ToWide(path))) {
     WriteLog({"Exe nao Encontrado! - ", path});
     return FlowCode::kSenderMissing;
@@ -48,6 +48,8 @@ FlowCode Send(const std::string& parameter_line, const std::string& record) {
 }
 
 }  // namespace
+
+std::string SenderUnder(const std::string& folder) { return folder + "\\Email.exe"; }
 
 FlowCode FinishFlow(const FlowCall& call) noexcept {
   return Guarded(

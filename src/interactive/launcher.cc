@@ -22,10 +22,6 @@ constexpr std::uint32_t kBeforeFinish = 500;
 constexpr std::uint32_t kAfterFirstRequest = 50;
 constexpr std::uint32_t kAfterLastRequest = 150;
 
-constexpr char kPathKey[] = "CAMINHO";
-
-std::string CompanionPath() { return state.ClientFolder + "\\" + kCompanionExe; }
-
 // Clears the way for a new flow: no question and no answer of an earlier one.
 void ClearExchange() {
   SetExchangeFolders();
@@ -109,15 +105,14 @@ FlowCode CheckCompanion(std::string_view missing) {
     WriteLog({"ConfigQJ.ini vazio."});
     return FlowCode::kEmptyPath;
   }
-  const std::string path = CompanionPath();
+  const std::string path = CompanionUnder(state.ClientFolder);
   WriteLog({"Verificacao caminho Trevix - ", path}, Detail::kDetailed);
   if (!FileExists(ToWide(path)) || !OpensForReading(path)) {
     WriteLog({missing, path});
     return FlowCode::kCompanionMissing;
   }
   WriteLog({"Teste se existe o arquivo do Trevix"}, Detail::kDetailed);
-  // The companion's updater puts this mark there while it replaces the program.
-  if (FileExists(ToWide(state.ClientFolder + "\\IniciandoAtualizacao.txt"))) {
+  if (FileExists(ToWide(UpdateMarkUnder(state.ClientFolder)))) {
     WriteLog({"Trevix.exe em Atualizacao"});
     return FlowCode::kBeingUpdated;
   }
@@ -126,7 +121,7 @@ FlowCode CheckCompanion(std::string_view missing) {
 
 FlowCode Launch(const RunVariant& variant, const std::string& line) {
   const auto launch = [&] {
-    const std::string path = CompanionPath();
+    const std::string path = CompanionUnder(state.ClientFolder);
     WriteLog({variant.starting});
     WriteLog({"EXE - ", path}, Detail::kDetailed);
     WriteLog({"PARAMETROS - ", line}, Detail::kDetailed);
@@ -174,9 +169,15 @@ FlowCode StartClient(const FlowCall& call) noexcept {
       RefuseStartFailed);
 }
 
+std::string CompanionUnder(const std::string& folder) { return folder + "\\" + kCompanionExe; }
+
+std::string UpdateMarkUnder(const std::string& folder) {
+  return folder + "\\IniciandoAtualizacao.txt";
+}
+
 void SetExchangeFolders() {
-  state.ReqFolder = state.ClientFolder + "\\Req";
-  state.RespFolder = state.ClientFolder + "\\Resp";
+  state.ReqFolder = state.ClientFolder + kQuestionFolder;
+  state.RespFolder = state.ClientFolder + kAnswerFolder;
 }
 
 void RemoveQuestionAndAnswer() {
@@ -196,7 +197,7 @@ void StopClient() {
 
 void RestartClient() {
   state.SetClientFolder(FindConfigQJ(kPathKey).value);
-  const std::string path = CompanionPath();
+  const std::string path = CompanionUnder(state.ClientFolder);
   const std::string line = CancelLine();
   WriteLog({"EXE - ", path}, Detail::kDetailed);
   WriteLog({"PARAMETROS - ", line}, Detail::kDetailed);

@@ -2,6 +2,8 @@
 // interactive flow share, and the restart that a cancelled flow ends with.
 #pragma once
 
+#include <string>
+
 #include "interactive/flow_call.h"
 
 namespace caixora {
@@ -23,6 +25,15 @@ void StopClient();
 
 // Starts the companion with its cancel line; nothing is checked.
 void RestartClient();
+
+// The companion's folder is the value of this key in the configuration file. Under it lie the
+// program, the mark that its updater puts there while it replaces the program, and the folders of
+// the exchange.
+inline constexpr char kPathKey[] = "CAMINHO";
+std::string CompanionUnder(const std::string& folder);
+std::string UpdateMarkUnder(const std::string& folder);
+inline constexpr char kQuestionFolder[] = "\\Req";
+inline constexpr char kAnswerFolder[] = "\\Resp";
 
 // The two small files of the exchange with the companion: where they lie under ClientFolder, and
 // their removal.

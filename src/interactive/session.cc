@@ -101,29 +101,32 @@ FlowCode WriteAnswer(const std::string& answer) {
   return FlowCode::kDone;
 }
 
-// Makes the first line of the configuration file, as it stands, the companion's folder and clears
-// its exchange files. With the usual file the line begins with its key, so that nothing is found
-// there and later waits look in vain until the next start; hosts that cancel rely on that silence.
 void MoveToRawFolder() {
-  File file;
-  if (file.Open(kConfigFile, File::Use::kRead) != SystemError::kNone) return;
   std::string line;
-  if (ReadFirstLine(file, line) != SystemError::kNone) return;
-  file.Close();
-  DecodeTextMode(line);
+  if (!ReadRawFolder(line)) return;
   state.ClientFolder = line;
   SetExchangeFolders();
-  // No log can be opened under a key, and without its log the library ends the host; so the log
-  // moves along only to a folder that is there, or to the current one that an empty text stands
-  // for. A NUL would end the path before the log's name.
-  const bool is_path = line.find('\0') == line.npos;
-  bool is_folder = line.empty();
-  if (is_path && !is_folder) static_cast<void>(QueryPath(ToWide(line), is_folder));
-  if (is_path && is_folder) state.LogBaseFolder = line;
+  if (TakesLog(line)) state.LogBaseFolder = line;
   RemoveQuestionAndAnswer();
 }
 
 }  // namespace
+
+bool ReadRawFolder(std::string& line) {
+  File file;
+  if (file.Open(kConfigFile, File::Use::kRead) != SystemError::kNone ||
+      ReadFirstLine(file, line) != SystemError::kNone)
+    return false;
+  DecodeTextMode(line);
+  return true;
+}
+
+bool TakesLog(const std::string& raw_folder) {
+  const bool is_path = raw_folder.find('\0') == raw_folder.npos;
+  bool is_folder = raw_folder.empty();
+  if (is_path && !is_folder) static_cast<void>(QueryPath(ToWide(raw_folder), is_folder));
+  return is_path && is_folder;
+}
 
 ResultString AwaitQuestion() noexcept {
   ResultString failed = MakeResult({"[ERROABORTAR]#", kWaitFailed, state.ReqFolder, kQuestionFile});

@@ -16,24 +16,11 @@
 namespace caixora {
 namespace {
 
-constexpr char kSwitchFile[] = "LD.txt";
-
 // Creates the switch file when the system says that it is missing; any other trouble is left to
 // the reading of it.
 void EnsureDetailSwitchFile() {
   if (!FileExists(ToWide(kSwitchFile)))
     static_cast<void>(File().Open(kSwitchFile, File::Use::kReplace));
-}
-
-// A switch file that cannot be opened asks for ordinary lines; one that opens but cannot be read,
-// for none.
-LogMode ReadDetailSwitch() {
-  File file;
-  if (file.Open(kSwitchFile, File::Use::kRead) != SystemError::kNone) return LogMode::kOrdinary;
-  std::array<char, kSwitchBytes> start;
-  std::size_t size = 0;
-  if (file.Read(start.data(), start.size(), size) != SystemError::kNone) return LogMode::kOff;
-  return ModeOf({start.data(), size});
 }
 
 [[noreturn]] void StopWithoutLog() noexcept {
@@ -52,8 +39,8 @@ LogMode ReadDetailSwitch() {
 
 void AppendLogLine(Pieces message, Detail detail) {
   const LocalTime now = Now();
-  const std::string folder = state.LogBaseFolder + "Log\\";
-  const std::string path = folder + "Caixora.log";
+  const std::string folder = LogFolderUnder(state.LogBaseFolder);
+  const std::string path = folder + kLogFile;
   // A log that cannot be moved aside grows on, and the next line tries again.
   if (FileSizeMB(path) >= kRotationSizeMB)
     static_cast<void>(RenameFile(path, folder + RotatedLogName(now)));
@@ -71,11 +58,22 @@ void AppendLogLine(Pieces message, Detail detail) {
 
 }  // namespace
 
+LogMode ReadLogSwitch() {
+  File file;
+  if (file.Open(kSwitchFile, File::Use::kRead) != SystemError::kNone) return LogMode::kOrdinary;
+  std::array<char, kSwitchBytes> start;
+  std::size_t size = 0;
+  if (file.Read(start.data(), start.size(), size) != SystemError::kNone) return LogMode::kOff;
+  return ModeOf({start.data(), size});
+}
+
+std::string LogFolderUnder(const std::string& base) { return base + "Log\\"; }
+
 void WriteLog(Pieces message, Detail detail) noexcept {
   Guarded(
       [&] {
         EnsureDetailSwitchFile();
-        if (IsWritten(ReadDetailSwitch(), detail)) AppendLogLine(message, detail);
+        if (IsWritten(ReadLogSwitch(), detail)) AppendLogLine(message, detail);
       },
       [] {});
 }

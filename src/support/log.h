@@ -4,6 +4,8 @@
 // runs.
 #pragma once
 
+#include <string>
+
 #include "support/log_line.h"
 
 namespace caixora {
@@ -13,6 +15,13 @@ namespace caixora {
 // the process when the log cannot be opened for reading and appending: the library refuses to take
 // payments without its log.
 void WriteLog(Pieces message, Detail detail = Detail::kOrdinary) noexcept;
+
+// What decides over the lines, and where they go; neither logs. A switch file that cannot be opened
+// asks for ordinary lines; one that opens but cannot be read, for none.
+inline constexpr char kSwitchFile[] = "LD.txt";
+LogMode ReadLogSwitch();
+inline constexpr char kLogFile[] = "Caixora.log";
+std::string LogFolderUnder(const std::string& base);
 
 // Reads this library's version, which the lines carry, anew; every exported call does so before its
 // first line. When memory runs out the version stays as it was.

@@ -24,11 +24,8 @@ std::string SomenteNumerosStr(const std::string& text) {
 
 std::vector<std::string> Split(std::string_view text, char separator) {
   std::vector<std::string> pieces;
-  Guarded(
-      [&] {
-        for (std::string_view piece; TakePiece(text, separator, piece);) pieces.emplace_back(piece);
-      },
-      [] { WriteLog({"Erro no split"}, Detail::kDetailed); });
+  Guarded([&] { SplitInto(pieces, text, separator); },
+          [] { WriteLog({"Erro no split"}, Detail::kDetailed); });
   return pieces;
 }
 

@@ -14,7 +14,7 @@ std::string RetornaNumeros(const std::string& text);
 // when there is one.
 std::string SomenteNumerosStr(const std::string& text);
 
-// All pieces of the text, as TakePiece finds them. When memory runs out: the pieces so far, and a
+// All pieces of the text, as SplitInto has them. When memory runs out: the pieces so far, and a
 // log line.
 std::vector<std::string> Split(std::string_view text, char separator);
 

@@ -37,6 +37,10 @@ bool TakePiece(std::string_view& rest, char separator, std::string_view& piece) 
   return true;
 }
 
+void SplitInto(std::vector<std::string>& pieces, std::string_view text, char separator) {
+  for (std::string_view piece; TakePiece(text, separator, piece);) pieces.emplace_back(piece);
+}
+
 std::int32_t LeadingNumber(std::string_view text) {
   text = TrimLeft(text);
   const bool negative = text.starts_with('-');

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace caixora {
 
@@ -21,6 +22,9 @@ std::string_view Trim(std::string_view text);
 // a separator at the very end is followed by no empty piece, while two in a row hold one. "a;;b;"
 // gives "a", "" and "b".
 bool TakePiece(std::string_view& rest, char separator, std::string_view& piece);
+
+// Appends all pieces of the text.
+void SplitInto(std::vector<std::string>& pieces, std::string_view text, char separator);
 
 // The number at the start of the text, as C's atoi reads it: blanks, a sign, digits; 0 when there
 // is none. A number out of range becomes the nearest in range, so that it never turns into 0.
