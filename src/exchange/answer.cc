@@ -1,6 +1,7 @@
 #include "exchange/answer.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstdint>
 #include <iterator>
 #include <string_view>
@@ -13,6 +14,7 @@ namespace caixora {
 namespace {
 
 constexpr std::size_t kPieceLength = 199;
+constexpr std::size_t kDigits = 3;  // of a key, before its hyphen
 
 // What a matching line does besides feeding its field.
 enum class Also : std::uint8_t {
@@ -54,6 +56,8 @@ constexpr Field kFields[] = {
     {"742-000", 14},                                    //
 };
 static_assert(std::size(kFields) == kAnswerFields);
+static_assert(std::all_of(std::begin(kFields), std::end(kFields),
+                          [](const Field& field) { return field.key[kDigits] == '-'; }));
 
 consteval std::size_t IndexOf(std::string_view key) {
   for (std::size_t i = 0; i < std::size(kFields); ++i)
@@ -99,11 +103,25 @@ std::string_view ValueOf(std::string_view line) {
   return Trim(value);
 }
 
+// The fields whose keys stand anywhere in the line.
+std::bitset<kAnswerFields> FieldsIn(std::string_view line) {
+  std::bitset<kAnswerFields> found;
+  for (std::size_t hyphen = line.find('-', kDigits); hyphen != line.npos;
+       hyphen = line.find('-', hyphen + 1)) {
+    const std::string_view rest = line.substr(hyphen - kDigits);
+    for (std::size_t i = 0; i < kAnswerFields; ++i)
+      if (rest[0] == kFields[i].key[0] && rest.starts_with(kFields[i].key)) found.set(i);
+  }
+  return found;
+}
+
 void ReadLine(std::string_view line, Answer& answer) {
-  for (std::size_t i = 0; i < std::size(kFields); ++i) {
+  const std::bitset<kAnswerFields> found = FieldsIn(line);
+  if (found.none()) return;
+  const std::string_view value = ValueOf(line);
+  for (std::size_t i = 0; i < kAnswerFields; ++i) {
+    if (!found[i]) continue;
     const Field& field = kFields[i];
-    if (line.find(field.key) == line.npos) continue;
-    const std::string_view value = ValueOf(line);
     if (field.also == Also::kReceipt) {
       // An empty receipt line still leaves its "I;" behind, so the text tells the first line.
       if (!answer.receipt.empty()) answer.receipt.append("\r\n");
@@ -122,13 +140,12 @@ void ReadLine(std::string_view line, Answer& answer) {
 Answer ParseAnswer(std::string bytes) {
   DecodeTextMode(bytes);
   Answer answer;
+  // Line ends within a line count as blanks, and a line feed stands in none but at its end.
+  std::replace(bytes.begin(), bytes.end(), '\r', ' ');
   std::string_view text = bytes;
   while (!text.empty()) {
-    std::string line(TakeLinePiece(text));
-    line.resize(std::min(line.find('\0'), line.size()));
-    std::replace(line.begin(), line.end(), '\n', ' ');
-    std::replace(line.begin(), line.end(), '\r', ' ');
-    ReadLine(line, answer);
+    const std::string_view line = TakeLinePiece(text);
+    ReadLine(line.substr(0, line.find('\0')), answer);
   }
   return answer;
 }
