@@ -8,11 +8,10 @@
 #include <string_view>
 #include <type_traits>
 
+#include "programs/utf8.h"
 #include "windows/handle.h"
 
 namespace caixora {
-
-inline constexpr UINT kWindows1252 = 1252;
 
 inline std::wstring Widen(std::string_view text, UINT code_page) {
   std::wstring wide(text.size(), L'\0');  // never more units than bytes
@@ -20,17 +19,6 @@ inline std::wstring Widen(std::string_view text, UINT code_page) {
   const int used = ::MultiByteToWideChar(code_page, 0, text.data(), size, wide.data(), size);
   wide.resize(static_cast<std::size_t>(used));
   return wide;
-}
-
-// A Windows-1252 text in UTF-8, for the console.
-inline std::string Utf8(std::string_view ansi) {
-  const std::wstring wide = Widen(ansi, kWindows1252);
-  std::string text(wide.size() * 3, '\0');
-  const int used =
-      ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
-                            static_cast<int>(text.size()), nullptr, nullptr);
-  text.resize(static_cast<std::size_t>(used));
-  return text;
 }
 
 inline bool IsConsole(HANDLE handle) {
