@@ -21,6 +21,7 @@ class Request {
   std::string Subtype() const;
   // A confirmation or an undo, which no GP answers.
   bool IsSettlement() const { return Header() == "CNF" || Header() == "NCN"; }
+  const std::map<std::string, std::string, std::less<>>& fields() const { return fields_; }
 
  private:
   std::map<std::string, std::string, std::less<>> fields_;
