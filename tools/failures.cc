@@ -30,7 +30,7 @@ std::vector<Failure> ReadTable(std::string_view table) {
   while (TakePiece(table, '\n', line)) {
     std::array<std::string_view, 4> cells;
     for (std::string_view& cell : cells) TakePiece(line, '\t', cell);
-    Failure failure = {.result = cells[0], .meaning = cells[2], .remedy = cells[3]};
+    Failure failure = {cells[0], {}, {}, cells[2], cells[3]};
     ReadPatterns(cells[1], failure);
     failures.push_back(std::move(failure));
   }
@@ -65,14 +65,20 @@ const Failure* FindByResult(std::string_view result) {
   return best;
 }
 
-const Failure* FindByLogLine(FailurePlace place, std::string_view message, bool is_last) {
+std::vector<const Failure*> FindByLogLine(FailurePlace place, std::string_view message,
+                                          bool is_last) {
+  std::vector<const Failure*> found;
+  std::size_t longest = 1;
   for (const Failure& failure : Failures()) {
     if (failure.Place() != place) continue;
-    const auto tells = [message](std::string_view pattern) { return Matches(pattern, message); };
-    if (std::ranges::any_of(is_last ? failure.last_lines : failure.log_lines, tells))
-      return &failure;
+    for (const std::string_view pattern : is_last ? failure.last_lines : failure.log_lines) {
+      if (pattern.size() < longest || !Matches(pattern, message)) continue;
+      if (pattern.size() > longest) found.clear();
+      longest = pattern.size();
+      found.push_back(&failure);
+    }
   }
-  return nullptr;
+  return found;
 }
 
 }  // namespace caixora

@@ -37,7 +37,9 @@ bool Matches(std::string_view pattern, std::string_view text);
 // By what the host got, in UTF-8; the row that says most. Null: no failure that is known.
 const Failure* FindByResult(std::string_view result);
 
-// By a line's message, in UTF-8 and without " (f)". `is_last`: it ended its call.
-const Failure* FindByLogLine(FailurePlace place, std::string_view message, bool is_last = false);
+// By the message of a line, in UTF-8 and without " (f)". `is_last`: it ended its call. Several: the
+// line does not say which.
+std::vector<const Failure*> FindByLogLine(FailurePlace place, std::string_view message,
+                                          bool is_last = false);
 
 }  // namespace caixora

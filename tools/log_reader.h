@@ -82,7 +82,7 @@ struct Call {
   // What the host got: "S;1;APROVADA", or an interactive code ("33"), a text of the companion. For
   // a call that the library ended it is concluded from the lines. Empty: unknown.
   std::string result;
-  const Failure* failure = nullptr;  // what is known about a call that did not go well
+  std::vector<const Failure*> failures;  // what did not go well; several: one of them
 
   bool begins_in_log = true;     // its first lines are there
   bool ends_in_log = false;      // as far as the log tells
@@ -98,7 +98,8 @@ struct Call {
   std::int64_t TotalMs() const;
   // A reply of the library to anything but a confirmation or undo: neither approved nor refused.
   bool IsMistakenReply() const {
-    return !local_reply.empty() && kind != CallKind::kConfirmation && kind != CallKind::kUndo;
+    return !local_reply.empty() && !operation.empty() && kind != CallKind::kConfirmation &&
+           kind != CallKind::kUndo;
   }
 };
 
@@ -133,6 +134,8 @@ class Log {
   std::vector<OpenSale> OpenSales() const;
 
  private:
+  void SortLines();
+
   std::deque<std::string> texts_;
   std::vector<LogFile> files_;
   std::vector<LogLine> lines_;
