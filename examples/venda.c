@@ -74,7 +74,7 @@ static int PrintReceipt(const char* result) {
   return fflush(stdout) == 0;
 }
 
-/* trecho: desfecho */
+/* trecho: local */
 /* The library's own reply. It is the success of a confirmation or undo, and never an approval. */
 static int IsLocal(const char* result, int32_t coupon) {
   char local[80];
@@ -87,6 +87,7 @@ static int IsUncertain(const char* result, int32_t coupon) {
   return strcmp(result, "S;0;GP N\xC3O ATIVO") == 0 || strcmp(result, "S;0;GP NAO ATIVO") == 0 ||
          strncmp(result, "S;0;FALHA INTERNA, VERIFIQUE", 28) == 0 || IsLocal(result, coupon);
 }
+/* fim do trecho */
 
 /* Confirms or undoes; a refused call is repeated before anything else is called. */
 static int Finish(AfterSale finish, const char* shop, const char* partner, int32_t coupon) {
@@ -100,7 +101,6 @@ static int Finish(AfterSale finish, const char* shop, const char* partner, int32
   }
   return 0;
 }
-/* fim do trecho */
 
 int main(int argc, char** argv) {
   const double amount = argc == 5 ? ReadAmount(argv[3]) : 0;

@@ -49,7 +49,6 @@ void Vender(Caixora& caixora, const Venda& venda) {
 }
 // fim do trecho
 
-// trecho: desfazer
 void VenderSemPapel(Caixora& caixora, const Venda& venda) {
   struct SemPapel : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -63,7 +62,6 @@ void VenderSemPapel(Caixora& caixora, const Venda& venda) {
     std::cout << erro.what() << "\nCupom " << venda.cupom << ": desfeita\n";
   }
 }
-// fim do trecho
 
 void Conversar(Caixora& caixora) {
   int perguntas = 0;

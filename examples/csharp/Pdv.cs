@@ -70,7 +70,6 @@ internal static class Pdv
         Vender(Venda.LinkPagamento(1, 31.50m, 103, itens, "Pão & Cia", ""));
 
         Saida.WriteLine("== 4. Venda desfeita");
-        // trecho: desfazer
         try
         {
             caixora.VenderEConfirmar(Venda.CreditoVista(40.00m, 104), resultado =>
@@ -84,7 +83,6 @@ internal static class Pdv
             Saida.WriteLine(erro.Message);
             Saida.WriteLine("Cupom 104: desfeita");
         }
-        // fim do trecho
 
         Saida.WriteLine("== 5. Fluxo interativo");
         ConduzirFluxo();

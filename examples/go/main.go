@@ -73,7 +73,6 @@ func demonstrar(pdv *caixora.Caixora) error {
 	}
 
 	fmt.Println("== 4. Venda desfeita")
-	// trecho: desfazer
 	semPapel := func(r caixora.Resultado) error {
 		if err := imprimir(r); err != nil {
 			return err
@@ -81,7 +80,6 @@ func demonstrar(pdv *caixora.Caixora) error {
 		return errSemPapel
 	}
 	err := vender(pdv, caixora.CreditoVista(4000, 104), semPapel)
-	// fim do trecho
 	if !errors.Is(err, errSemPapel) {
 		return fmt.Errorf("esperava %q, veio %v", errSemPapel, err)
 	}

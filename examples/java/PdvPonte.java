@@ -297,9 +297,7 @@ public class PdvPonte {
   static void umDia(Ponte ponte) throws InterruptedException {
     aguardarGp(ponte);
     tela.print("GP ativo\n== 1. Venda confirmada\n");
-    // trecho: chamada
     vender(ponte, "12,50", 101, "VendeCreditoVista", CLIENTE, PARCEIRO, "12,50", 101, 1);
-    // fim do trecho
     tela.print("== 2. Recusa\n");
     vender(ponte, "10,02", 102, "VendeDebito", CLIENTE, PARCEIRO, "10,02", 102, 1);
     tela.print("== 3. Link de pagamento com acentos\n");

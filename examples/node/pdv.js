@@ -34,12 +34,10 @@ async function registrar(resultado) {
 }
 // fim do trecho
 
-// trecho: desfazer
 async function registrarSemPapel(resultado) {
   await registrar(resultado);
   throw new Error('Impressora sem papel');
 }
-// fim do trecho
 
 // trecho: venda
 async function vender(venda, situacaoEsperada) {
@@ -49,7 +47,6 @@ async function vender(venda, situacaoEsperada) {
 }
 // fim do trecho
 
-// trecho: desfazer
 async function desfazer() {
   const venda = { funcao: 'vendeCreditoVista', valor: '40,00', cupom: 104 };
   try {
@@ -61,9 +58,7 @@ async function desfazer() {
     console.log('Cupom 104: desfeita');
   }
 }
-// fim do trecho
 
-// trecho: fluxo
 async function conduzirFluxo() {
   const respostas = ['3', '1'];
   const inicio = {
@@ -79,7 +74,6 @@ async function conduzirFluxo() {
   if (!concluido) throw new Error(`o fluxo não terminou: ${motivo}`);
   console.log(`Retorno: STATUS ${campos.STATUS}, VALOR ${campos.VALOR}, ${campos.MENSAGEM}`);
 }
-// fim do trecho
 
 async function demonstrar() {
   await caixora.aguardarGp();

@@ -66,13 +66,11 @@ begin
     Resultado.Mensagem + ', ' + Numero(Length(Resultado.Comprovante)) + ' linhas de comprovante');
 end;
 
-// trecho: desfazer
 procedure TPdv.FicarSemPapel(const Resultado: TResultado);
 begin
   MostrarAprovada(Resultado);
   raise Exception.Create('Impressora sem papel');
 end;
-// fim do trecho
 
 procedure TPdv.Cair(const Resultado: TResultado);
 begin
@@ -141,7 +139,6 @@ begin
      ItemLink('7892', 'AÇÚCAR', 1, Reais(10.50), Reais(0), Reais(10.50))],
     'Pão & Cia', ''), MostrarAprovada);
   Escrever('== 4. Venda desfeita');
-  // trecho: desfazer
   try
     Vender(TVenda.VendeCreditoVista(Centavos(4000), 104), FicarSemPapel);
   except
@@ -153,7 +150,6 @@ begin
       Escrever('Cupom 104: desfeita');
     end;
   end;
-  // fim do trecho
   Escrever('== 5. Fluxo interativo');
   FluxoInterativo;
 end;

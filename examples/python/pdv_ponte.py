@@ -42,7 +42,6 @@ class PonteCaiu(Erro):
 class Ponte:
     """O processo filho. Uma chamada por vez."""
 
-    # trecho: chamar
     def __init__(self, comando):
         self.processo = subprocess.Popen(comando, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                          encoding="utf-8")
@@ -67,7 +66,6 @@ class Ponte:
         if "erro" in resposta:  # uso errado: a DLL não foi chamada
             raise Erro(resposta["erro"])
         return resposta
-    # fim do trecho
 
     def ocupar(self, cupom):
         self.recusar_venda_em_andamento()

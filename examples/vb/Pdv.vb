@@ -26,14 +26,12 @@ Module Pdv
 
     Function Main(argumentos As String()) As Integer
         Try
-            ' trecho: abrir
             caixora = New Caixora(New Configuracao With {
                 .CnpjCliente = "12.345.678/0001-95",
                 .CnpjParceiro = "11.222.333/0001-81",
                 .Leitor = 1,
                 .Diario = "diario.txt"
             })
-            ' fim do trecho
             If argumentos.Contains("--cair") Then
                 Cair()
             ElseIf argumentos.Contains("--retomar") Then
@@ -68,14 +66,12 @@ Module Pdv
         Vender(Venda.LinkPagamento(1, 31.5D, 103, itens, "Pão & Cia", ""))
 
         Saida.WriteLine("== 4. Venda desfeita")
-        ' trecho: desfazer
         Try
             caixora.VenderEConfirmar(Venda.CreditoVista(40D, 104), AddressOf FalharAoImprimir)
         Catch erro As InvalidOperationException
             Saida.WriteLine(erro.Message)
             Saida.WriteLine("Cupom 104: desfeita")
         End Try
-        ' fim do trecho
 
         Saida.WriteLine("== 5. Fluxo interativo")
         ConduzirFluxo()
@@ -88,12 +84,10 @@ Module Pdv
         Return True
     End Function
 
-    ' trecho: desfazer
     Private Function FalharAoImprimir(resultado As Resultado) As Boolean
         MostrarAprovada(resultado)
         Throw New InvalidOperationException("Impressora sem papel")
     End Function
-    ' fim do trecho
 
     ' trecho: venda
     Private Sub Vender(venda As Venda)
