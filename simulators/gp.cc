@@ -1,124 +1,58 @@
-// Simulated GP: takes each request from the exchange folder and answers it. What the request asks
-// for chooses the row of operations, a director or the cents of its amount the outcome.
-#include <algorithm>
-#include <chrono>
+// Simulated GP: the program around its exchange folder, its keys and its books.
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "programs/console.h"
-#include "simulators/gp_answer.h"
-#include "simulators/gp_director.h"
+#include "simulators/books.h"
+#include "simulators/gp_keys.h"
+#include "simulators/gp_manager.h"
+#include "simulators/key_source.h"
 #include "simulators/now.h"
+#include "tools/json_output.h"
 
 namespace caixora::gp {
 namespace {
 
-constexpr DWORD kPollMs = 20;
 constexpr DWORD kExitDelayMs = 500;  // long enough for the library to notice that it was taken
 
-enum ExitCode { kUsage = 1, kNoFolder = 2, kAlreadyRuns = 3, kExitAsked = 4 };
+// Beside those of the keys and of the outcomes.
+enum ExitCode { kUsage = 1, kNoFolder = 2, kAlreadyRuns = 3, kUneven = 5 };
 
-class Manager {
+// The books in their file, line for line.
+class BookKeeper : public Director {
  public:
-  // The first director that decides does.
-  Manager(std::string folder, std::vector<Director*> directors)
-      : folder_(std::move(folder)), directors_(std::move(directors)) {
-    ::CreateDirectoryA((folder_ + "\\Req").c_str(), nullptr);
-    ::CreateDirectoryA((folder_ + "\\Resp").c_str(), nullptr);
-    Log("Aguardando pedidos em " + Utf8(folder_));
+  explicit BookKeeper(std::string path) : path_(std::move(path)) {
+    const std::string lines = ReadWhole(path_).value_or("");
+    for (std::string_view rest = lines; !rest.empty();) {
+      const std::string_view line = rest.substr(0, rest.find("\r\n"));
+      books_.Add(line);
+      rest.remove_prefix(std::min(line.size() + 2, rest.size()));
+    }
   }
 
-  // Serves requests until one of them, or a director, asks for the end. Returns the exit code.
-  int Run() {
-    for (;; Pause()) {
-      for (Director* director : directors_)
-        if (const std::optional<int> code = director->Tick(Clock::now())) return *code;
-      if (waiting_) {
-        if (Clock::now() >= waiting_->due) Answer();
-      } else if (!TakeRequest()) {
-        Log("Encerrando sem responder, como pedido.");
-        return kExitAsked;
-      }
-    }
+  const Books& books() const { return books_; }
+
+  void Received(const Request& request, const Outcome& outcome, Moment) override {
+    Add(BookLine(Now(kTime), request, outcome.action != Action::kNeverTake));
+  }
+  void Answered(const Request&, const Request& answer, Moment) override {
+    Add(BookLine(Now(kTime), answer));
   }
 
  private:
-  using Clock = std::chrono::steady_clock;
+  static constexpr char kTime[] = "%Y-%m-%d %H:%M:%S";
 
-  struct Waiting {
-    Request request;
-    std::string answer;
-    Moment due;
-  };
-
-  static void Log(const std::string& text) { Print(Now("%H:%M:%S ") + text + "\n"); }
-
-  void Pause() const {
-    auto pause = std::chrono::milliseconds(kPollMs);
-    if (waiting_)
-      pause = std::min(pause,
-                       std::chrono::ceil<std::chrono::milliseconds>(waiting_->due - Clock::now()));
-    ::Sleep(static_cast<DWORD>(std::max(pause.count(), pause.zero().count())));
+  void Add(const std::string& line) {
+    books_.Add(line);
+    AppendLine(path_, line);
   }
 
-  const Outcome& Decide(const Request& request) const {
-    for (Director* director : directors_)
-      if (const Outcome* outcome = director->Decide(request)) return *outcome;
-    return FindOutcome(request);
-  }
-
-  // False: the request that was taken asks for the end.
-  bool TakeRequest() {
-    const std::optional<std::string> record = ReadWhole(request_);
-    if (!record || record == left_alone_) return true;
-    left_alone_.reset();
-    const Request request(*record);
-    const Outcome& outcome = Decide(request);
-    const std::string name = Utf8(request.Header()) + " cupom " +
-                             Utf8(request.Value("001-000", "-")) + " valor " +
-                             Utf8(ReadableAmount(request.Value("003-000", "-")));
-    if (outcome.action == Action::kNeverTake) {
-      Log("Ignorado: " + name);
-      left_alone_ = record;
-    } else if (::DeleteFileA(request_.c_str())) {
-      Log("Recebido: " + name);
-      AppendLine(OwnFolder() + "\\Pedidos.txt", "==== " + Now("%H:%M:%S") + "\r\n" + *record);
-    } else {
-      return true;  // held open: next time
-    }
-    for (Director* director : directors_) director->Received(request, outcome, Clock::now());
-    if (outcome.action == Action::kAnswer && !request.IsSettlement()) Prepare(request, outcome);
-    if (outcome.action == Action::kStaySilent) Log("Sem resposta, como pedido.");
-    return outcome.action != Action::kExit;
-  }
-
-  void Prepare(const Request& request, const Outcome& outcome) {
-    std::string answer = Compose(request, FindOperation(request), outcome);
-    for (Director* director : directors_) director->Revise(request, answer);
-    waiting_ = Waiting{request, std::move(answer), Clock::now() + outcome.delay};
-    if (outcome.delay == outcome.delay.zero()) Answer();
-  }
-
-  void Answer() {
-    const auto [request, text, due] = std::move(*waiting_);
-    waiting_.reset();
-    const std::string path =
-        folder_ + (request.Header() == "ATV" ? "\\Resp\\Ativo.001" : "\\Resp\\Intpos.001");
-    if (!Publish(folder_ + "\\Resp\\intpos.tmp", path, text))
-      return Log("Resposta não gravada em " + Utf8(path));
-    const Request answer(text);
-    Log("Respondido: " + Utf8(answer.Value("030-000")));
-    for (Director* director : directors_) director->Answered(request, answer, Clock::now());
-  }
-
-  std::string folder_;
-  std::vector<Director*> directors_;
-  std::string request_ = folder_ + "\\Req\\intpos.001";
-  std::optional<std::string> left_alone_;
-  std::optional<Waiting> waiting_;
+  std::string path_;
+  Books books_;
 };
 
 // The only drive that holds the exchange folder; empty when there is none or more than one.
@@ -135,38 +69,91 @@ std::string FindExchangeFolder() {
   return found;
 }
 
-int Start(int argc, char** argv) {
-  bool quiet = false;
+struct Options {
+  bool automatic = false;  // started by the library, perhaps on the console of its host
+  bool keys = false;
+  bool json = false;
+  bool books_only = false;
   std::string folder;
+};
+
+std::optional<Options> ReadOptions(int argc, char** argv) {
+  Options options;
+  const std::pair<std::string_view, bool*> switches[] = {
+      {"--teclas", &options.keys}, {"--json", &options.json}, {"--livro", &options.books_only}};
   for (int i = 1; i < argc; ++i) {
-    if (::_stricmp(argv[i], "STARTAUTO") == 0) {
-      quiet = true;
-    } else if (std::string_view(argv[i]) == "--pasta" && i + 1 < argc) {
-      folder = argv[++i];
-    } else {
-      Print("Uso: clientorvane_simulador [STARTAUTO] [--pasta <pasta de troca>]\n");
-      return kUsage;
-    }
+    const std::string_view argument = argv[i];
+    const auto* found =
+        std::ranges::find(switches, argument, &std::pair<std::string_view, bool*>::first);
+    if (found != std::end(switches))
+      *found->second = true;
+    else if (::_stricmp(argv[i], "STARTAUTO") == 0)
+      options.automatic = true;
+    else if (argument == "--pasta" && i + 1 < argc)
+      options.folder = argv[++i];
+    else
+      return std::nullopt;
   }
+  return options;
+}
+
+void PrintOpening() {
+  Print("GP simulado. Os centavos do valor escolhem o desfecho:\n");
+  for (const Outcome& row : Outcomes())
+    Print("  " + std::string(row.cents.empty() ? "outros" : row.cents) + ": " +
+          std::string(row.description) + "\n");
+}
+
+int Serve(const Options& options, BookKeeper& keeper, const std::function<void()>& report) {
+  const bool keys =
+      options.keys || (!options.automatic && IsConsole(::GetStdHandle(STD_INPUT_HANDLE)));
+  if (!options.automatic) PrintOpening();
+  if (keys) Print(Keys::Help());
+  Keys by_key([](std::string_view text) { Print(text); }, report);
+  const KeySource source(keys, !options.automatic);
+  return Manager(options.folder, {&by_key, &keeper}, [&] { return source.Next(); }).Run();
+}
+
+int Start(int argc, char** argv) {
+  std::optional<Options> options = ReadOptions(argc, argv);
+  if (!options) {
+    Print(
+        "Uso: clientorvane_simulador [STARTAUTO] [--pasta <pasta de troca>] [--teclas] [--json]\n"
+        "     clientorvane_simulador --livro [--json]\n");
+    return kUsage;
+  }
+  std::optional<JsonOutput> json;
+  if (options->json) json.emplace();
+  const std::string path = OwnFolder() + "\\Livro.txt";
+  std::optional<BookKeeper> keeper;
+  const auto report = [&] {
+    Print(keeper->books().Text());
+    if (json) json->Write(keeper->books().Json());
+  };
+  const auto even = [&] { return keeper->books().Findings().empty() ? kEnded : kUneven; };
+  if (options->books_only) {
+    keeper.emplace(path);
+    report();
+    return even();
+  }
+
   const Handle lock(::CreateMutexA(nullptr, FALSE, "CaixoraGpSimulado"));
   if (::GetLastError() == ERROR_ALREADY_EXISTS) {
     Print("O GP simulado já está em execução.\n");
     return kAlreadyRuns;
   }
-  if (folder.empty()) folder = FindExchangeFolder();
-  if (folder.empty()) {
+  if (options->folder.empty()) options->folder = FindExchangeFolder();
+  if (options->folder.empty()) {
     Print("É preciso exatamente uma pasta Tef_Dial com Tef_Dial.exe nas unidades C: a F:\n");
     return kNoFolder;
   }
-  if (!quiet) {
-    Print("GP simulado. Os centavos do valor escolhem o desfecho:\n");
-    for (const Outcome& row : Outcomes())
-      Print("  " + std::string(row.cents.empty() ? "outros" : row.cents) + ": " +
-            std::string(row.description) + "\n");
-  }
-  const int code = Manager(folder, {}).Run();
+  // Who starts it by hand begins anew; the library only brings back one that was ended.
+  if (!options->automatic) ::DeleteFileA(path.c_str());
+  keeper.emplace(path);
+  const int code = Serve(*options, *keeper, report);
+  if (!options->automatic || options->keys || options->json) report();
   ::Sleep(kExitDelayMs);
-  return code;
+  return code == kEnded ? even() : code;
 }
 
 }  // namespace
