@@ -365,7 +365,9 @@ const Part& Certification::OnRequest(const Request& request, Moment now) {
 bool Certification::MoveTo(const Request& request, Moment now) {
   if (ending_) return false;
   const std::vector<Expectation>& expectations = script_.steps[step_].expectations;
-  for (std::size_t i = awaited_; i < expectations.size(); ++i) {
+  // Of a flow nothing can be left out.
+  const std::size_t end = request.Header() == "FLUXO" ? awaited_ + 1 : expectations.size();
+  for (std::size_t i = awaited_; i < end; ++i) {
     if (!Matches(expectations[i], request)) continue;
     for (; awaited_ < i; ++awaited_)
       if (const std::string reason = Unmet(expectations[awaited_]); !reason.empty())
@@ -401,7 +403,7 @@ const Part& Certification::Accept(const Request& request, Moment now) {
 const Part& Certification::Reject(const Request& request, Moment now) {
   const std::size_t step = Current();
   Record(step, request);
-  Add(request, step, false, Refusal());
+  if (IsSale(request)) Add(request, step, false, Refusal());
   const Expectation* awaited = Awaited();
   if (awaited != nullptr && IsOf(awaited->kind, request)) {
     Fail(step, Mismatch(*awaited, request));
@@ -497,11 +499,11 @@ void Certification::OnFlow(const Request& event, Moment now) {
   Record(step, event);
   if (IsHarmless(event) || ending_) return;
   const std::vector<Expectation>& expectations = script_.steps[step_].expectations;
-  // A start is tried again when the companion did not come up.
-  if (IsOf(Kind::kFlowStart, event) && awaited_ > 0 &&
-      expectations[awaited_ - 1].kind == Kind::kFlowStart)
-    return;
   const Expectation& awaited = expectations[awaited_];
+  // A start is tried again when the companion did not come up, a cancel also without a flow.
+  const bool started = awaited_ > 0 && expectations[awaited_ - 1].kind == Kind::kFlowStart;
+  if (started && IsOf(Kind::kFlowStart, event)) return;
+  if (awaited.kind == Kind::kFlowStart && IsOf(Kind::kFlowEnd, event)) return;
   if (IsOf(awaited.kind, event)) {
     Fail(step, Mismatch(awaited, event));
   } else if (IsFlow(awaited.kind)) {
@@ -557,8 +559,6 @@ std::string Certification::Mismatch(const Expectation& expectation, const Reques
       return text.empty() || text.size() > 15 ? 0 : std::stoll(std::string(text));
     };
     if (cents(value) + 1 == cents(wanted)) reason += ": truncou em vez de arredondar";
-    if (cents(value) == cents(wanted) / 10 && cents(wanted) % 1000 == 0)
-      reason += ": a soma ficou logo abaixo do valor e não foi arredondada";
     return reason;
   }
   return {};
@@ -586,7 +586,10 @@ Certification::Operation* Certification::OperationOf(const Expectation& expectat
 
 // Why the step fails that did not see it; empty when that was said.
 std::string Certification::Unmet(const Expectation& expectation) {
-  if (expectation.kind == Kind::kQuestion) return "o operador não respondeu: " + expectation.text;
+  if (expectation.kind == Kind::kQuestion) {
+    const bool counts = !mode_.automatic && results_[step_].verdict != Verdict::kFailed;
+    return counts ? "o operador não respondeu: " + expectation.text : "";
+  }
   if (!IsOutcome(expectation.kind)) return "não chegou " + Describe(expectation);
   Operation* operation = OperationOf(expectation);
   if (operation == nullptr || operation->blamed) return {};
