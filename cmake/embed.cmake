@@ -1,7 +1,7 @@
-# caixora_embed(<source> <name> <file> ...): a C++ source with the files' texts, as the names that
-# tools/embedded.h declares. A literal is cut into pieces: compilers limit the length of one.
-function(caixora_embed source)
-  set(text "#include \"tools/embedded.h\"\n\nnamespace caixora {\n")
+# caixora_embed(<source> <header> <name> <file> ...): a C++ source with the files' texts, as the
+# names that the header declares. A literal is cut into pieces: compilers limit the length of one.
+function(caixora_embed source header)
+  set(text "#include \"${header}\"\n\nnamespace caixora {\n")
   while(ARGN)
     list(POP_FRONT ARGN name file)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
