@@ -84,13 +84,15 @@ inline bool Eventually(const std::function<bool()>& holds) {
   return false;
 }
 
-// Starts a program, in another token and with another output if given.
-inline Handle Start(std::wstring command, HANDLE token = nullptr, HANDLE output = nullptr) {
+// Starts a program, in another token and with another output and input if given.
+inline Handle Start(std::wstring command, HANDLE token = nullptr, HANDLE output = nullptr,
+                    HANDLE input = nullptr) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   if (output != nullptr) {
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
+    startup.hStdInput = input;
   }
   PROCESS_INFORMATION process{};
   wchar_t* const line = command.data();
