@@ -10,7 +10,10 @@
 #include <utility>
 #include <vector>
 
+#include "tools/arguments.h"
+#include "tools/call.h"
 #include "tools/functions.h"
+#include "tools/line_reader.h"
 
 namespace caixora {
 namespace {
@@ -19,57 +22,8 @@ using caixora_pdv::Centavos;
 using caixora_pdv::ErroDeUso;
 using nlohmann::json;
 
-constexpr std::size_t kLineLimit = 1 << 20;
 constexpr int kDepthLimit = 16;
 constexpr std::string_view kCents = "centavos";  // may stand for dValor
-
-// ---- Lines ----
-
-struct Line {
-  std::string text;
-  bool too_long = false;  // its text is not kept
-  bool ended = false;     // by a line end
-};
-
-class LineReader {
- public:
-  explicit LineReader(HANDLE stream) : stream_(stream) {}
-
-  // Nothing at the end of the input.
-  std::optional<Line> Next() {
-    Line line;
-    bool any = false;
-    while (!line.ended && (begin_ < end_ || Fill())) {
-      any = true;
-      const std::string_view ready(buffer_ + begin_, end_ - begin_);
-      const std::size_t size = std::min(ready.find('\n'), ready.size());
-      line.ended = size < ready.size();
-      line.too_long = line.too_long || line.text.size() + size > kLineLimit;
-      if (line.too_long)
-        line.text.clear();
-      else
-        line.text += ready.substr(0, size);
-      begin_ += size + (line.ended ? 1 : 0);
-    }
-    return any ? std::optional(std::move(line)) : std::nullopt;
-  }
-
- private:
-  bool Fill() {
-    DWORD got = 0;
-    if (!::ReadFile(stream_, buffer_, sizeof buffer_, &got, nullptr)) return false;
-    begin_ = 0;
-    end_ = got;
-    return got > 0;
-  }
-
-  HANDLE stream_;
-  char buffer_[1 << 16] = {};
-  std::size_t begin_ = 0;
-  std::size_t end_ = 0;
-};
-
-// ---- Requests ----
 
 std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
@@ -110,34 +64,27 @@ T ReadNumber(std::string_view name, const json& value, T least, T most) {
   return value.get<T>();
 }
 
-Centavos ReadAmount(std::string_view name, const json& value) {
-  if (name == kCents) return Centavos(ReadNumber<std::int64_t>(name, value, 0, Centavos::maximo));
+// In cents.
+std::int64_t ReadAmount(std::string_view name, const json& value) {
+  if (name == kCents) return ReadNumber<std::int64_t>(name, value, 0, Centavos::maximo);
   // Without its comma or point a text may well be meant in cents.
-  const bool marked =
-      value.is_string() && value.get<std::string>().find_first_of(",.") != std::string::npos;
-  const auto amount = marked ? Centavos::DoTexto(value.get<std::string>()) : std::nullopt;
-  if (!amount)
-    throw ErroDeUso(std::string(name) +
-                    ": falta um texto como \"12,50\", de até 2147483647,99, com no máximo duas "
-                    "casas (ou, no lugar dele, \"centavos\": 1250)");
-  return *amount;
+  if (value.is_string() && value.get<std::string>().find_first_of(",.") != std::string::npos) {
+    const ParsedNumber amount = ParseAmount(value.get<std::string>());
+    if (const auto* const cents = std::get_if<std::int64_t>(&amount)) return *cents;
+  }
+  throw ErroDeUso(std::string(name) +
+                  ": falta um texto como \"12,50\", de até 2147483647,99, com no máximo duas "
+                  "casas (ou, no lugar dele, \"centavos\": 1250)");
 }
 
 Value ReadValue(const Function& function, Type type, std::string_view name, const json& value) {
-  // A sale and its outcome are found by their coupon.
-  const bool counted = function.kind == Kind::kSale || function.kind == Kind::kOutcome;
   switch (type) {
     case Type::kInteger:
-      return ReadNumber<std::int32_t>(name, value, counted && name == "iCupom" ? 1 : INT32_MIN,
-                                      INT32_MAX);
+      return ReadNumber<std::int32_t>(name, value, LeastFor(function, name), INT32_MAX);
     case Type::kNatural:
       return ReadNumber<std::uint32_t>(name, value, 0, UINT32_MAX);
-    case Type::kAmount: {
-      const Centavos amount = ReadAmount(name, value);
-      if (function.kind == Kind::kSale && amount.Valor() == 0)
-        throw ErroDeUso(std::string(name) + ": uma venda é de ao menos um centavo");
-      return amount.Reais();
-    }
+    case Type::kAmount:
+      return Centavos(ReadAmount(name, value)).Reais();
     case Type::kText:
       break;
   }
@@ -174,16 +121,6 @@ std::vector<std::pair<std::string_view, const json*>> MatchArguments(const Funct
   return matched;
 }
 
-// The library ignores items beyond the count, and all of them without one, and says nothing.
-void CheckItems(const std::vector<std::string_view>& names, const std::vector<Value>& values) {
-  const auto count = std::ranges::find(names, "iQtdeItens") - names.begin();
-  if (count == std::ssize(names)) return;
-  const auto& items = std::get<std::string>(values[static_cast<std::size_t>(count) + 1]);
-  const auto sent = items.empty() ? 0 : std::ranges::count(items, '|') + 1;
-  if (std::get<std::int32_t>(values[static_cast<std::size_t>(count)]) != sent)
-    throw ErroDeUso("iQtdeItens: sItens tem " + std::to_string(sent));
-}
-
 Reply Serve(const caixora_pdv::Biblioteca& library, const json& request) {
   static const json kNone = json::object();
   for (const auto& [key, value] : request.items())
@@ -196,11 +133,15 @@ Reply Serve(const caixora_pdv::Biblioteca& library, const json& request) {
   if (function == nullptr)
     throw ErroDeUso("funcao: não há " + Quoted(name->get_ref<const std::string&>()));
   const auto arguments = request.find("args");
+  std::vector<std::string_view> names;
   std::vector<Value> values;
   for (const auto& [given, value] :
-       MatchArguments(*function, arguments == request.end() ? kNone : *arguments))
+       MatchArguments(*function, arguments == request.end() ? kNone : *arguments)) {
+    names.push_back(given);
     values.push_back(ReadValue(*function, function->types[values.size()], given, *value));
-  CheckItems(ParameterNames(*function), values);
+  }
+  if (const std::string wrong = WrongValues(*function, names, values); !wrong.empty())
+    throw ErroDeUso(wrong);
   return CallFunction(*function, AddressOf(library, *function), values);
 }
 

@@ -1,78 +1,128 @@
 #include "tools/commands.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <exception>
 #include <functional>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <optional>
+#include <span>
 #include <string_view>
-#include <system_error>
 #include <utility>
+#include <variant>
 
 #include "programs/console.h"
+#include "tools/answers.h"
+#include "tools/arguments.h"
+#include "tools/call.h"
 #include "tools/functions.h"
-#include "tools/narrow.h"
+#include "tools/reply.h"
+#include "tools/verbs.h"
+#include "tools/vocabulary.h"
+#include "tools/waiting.h"
 
 namespace caixora {
 namespace {
 
+using caixora_pdv::Centavos;
 using caixora_pdv::ErroDeUso;
 
 constexpr std::string_view kStart = "IniciaFuncaoQJInterativo";
+constexpr std::string_view kNews = "AguardaFuncaoQJInterativo";
 constexpr std::string_view kAnswer = "ContinuaFuncaoQJInterativo";
+constexpr std::string_view kFinish = "FinalizaFuncaoQJInterativo";
+constexpr std::string_view kCancel = "CancelarFluxoQJInterativo";
 constexpr std::size_t kStartArguments = 11;
 constexpr DWORD kPollMs = 100;
 constexpr DWORD kPatienceMs = 120'000;
 
 using Arguments = std::span<const std::string>;
-using Call = std::function<Reply()>;
-using Step = std::function<bool()>;  // true when all went well
+using Step = std::function<ExitStatus()>;
 
-template <class T>
-T ParseNumber(std::string_view name, const std::string& text) {
-  std::string number = text;
-  if constexpr (std::is_floating_point_v<T>) std::ranges::replace(number, ',', '.');
-  T value{};
-  const char* const end = number.data() + number.size();
-  const auto [stop, error] = std::from_chars(number.data(), end, value);
-  if (error != std::errc{} || stop != end)
-    throw ErroDeUso(std::string(name) + ": número inválido: \"" + text + "\"");
-  return value;
+std::int64_t NumberOf(std::string_view name, const std::string& text, const ParsedNumber& parsed) {
+  if (const auto* const wrong = std::get_if<std::string>(&parsed))
+    throw ErroDeUso(std::string(name) + ": \"" + text + "\" " + *wrong);
+  return std::get<std::int64_t>(parsed);
 }
 
-Value ParseValue(Kind kind, Type type, std::string_view name, const std::string& text) {
+template <class T>
+T ParseInteger(std::string_view name, const std::string& text, T least) {
+  constexpr T kMost = std::numeric_limits<T>::max();
+  return static_cast<T>(NumberOf(name, text, ParseWhole(text, least, kMost)));
+}
+
+Value ParseValue(const Function& function, Type type, std::string_view name,
+                 const std::string& text) {
   switch (type) {
     case Type::kInteger:
-      return ParseNumber<std::int32_t>(name, text);
+      return ParseInteger<std::int32_t>(name, text, LeastFor(function, name));
     case Type::kNatural:
-      return ParseNumber<std::uint32_t>(name, text);
+      return ParseInteger<std::uint32_t>(name, text, 0);
     case Type::kAmount:
-      return ParseNumber<double>(name, text);
+      return Centavos(NumberOf(name, text, ParseAmount(text))).Reais();
     case Type::kText:
       break;
   }
-  return EncodeText(kind, name, text);
+  return EncodeText(function.kind, name, text);
 }
 
-// One line of the keyboard, or of a pipe, which holds Windows-1252. Nothing at the end.
-std::optional<std::string> ReadAnswer() {
-  const HANDLE in = ::GetStdHandle(STD_INPUT_HANDLE);
-  std::string line;
-  if (IsConsole(in)) {
-    std::wstring typed;  // to the line's end: what is left unread would answer the next question
-    wchar_t buffer[512];
-    for (DWORD got = 0; !typed.ends_with(L'\n'); typed.append(buffer, got))
-      if (!::ReadConsoleW(in, buffer, DWORD{std::size(buffer)}, &got, nullptr) || got == 0) break;
-    line = Narrow(typed);
-  } else {
-    for (int c = 0; c != '\n' && (c = std::getchar()) != EOF;) line += static_cast<char>(c);
-    line = caixora_pdv::ParaUtf8(line);
+std::string_view Awaited(Kind kind) {
+  switch (kind) {
+    case Kind::kSale:
+      return "o GP concluir a venda";
+    case Kind::kOutcome:
+      return "o GP retirar o pedido";
+    case Kind::kPayment:
+      return "o GP concluir a operação";
+    case Kind::kTest:
+      return "a biblioteca";
+    case Kind::kInteractive:
+      break;
   }
-  if (line.empty()) return std::nullopt;
-  return line.substr(0, line.find_first_of("\r\n"));
+  return "o Trevix";
+}
+
+// What Ctrl-C leaves unknown while the function blocks, and how to find it out.
+std::string Warning(Kind kind, Arguments arguments) {
+  constexpr std::string_view kAgain =
+      "\nA espera continua. Ctrl-C de novo encerra este programa sem o resultado";
+  std::string text(kind == Kind::kInteractive ? "O Trevix não pode ser interrompido agora."
+                                              : "O pedido pode já estar com o GP.");
+  text += kAgain;
+  switch (kind) {
+    case Kind::kSale:
+      return text + ": a venda fica incerta. Desfaça-a então, com este cupom:\n  caixora_host " +
+             "Desfazimento " + arguments[0] + " " + arguments[1] + " <iCupom>\n";
+    case Kind::kOutcome:
+      return text + ": repita-o então.\n";
+    default:
+      return text + ": verifique-o então.\n";
+  }
+}
+
+struct Call {
+  const Function* function;
+  Address address;
+  std::vector<Value> values;
+  std::string warning;
+
+  // Without a word, for what is called again and again.
+  Reply Quietly() const { return CallFunction(*function, address, values); }
+
+  Reply operator()() const {
+    const Waiting waiting(std::string(Awaited(function->kind)) + " (" + function->name + ")",
+                          warning);
+    return Quietly();
+  }
+};
+
+void ExpectArguments(std::string_view name, std::string_view parameters, std::size_t given,
+                     std::size_t least, std::size_t most) {
+  if (given >= least && given <= most) return;
+  throw ErroDeUso(std::string(name) + ": argumentos a " + (given < least ? "menos" : "mais") +
+                  ": são " + std::to_string(least) + (most > least ? " ou mais" : "") + ", e há " +
+                  std::to_string(given) + ". Uso: " + std::string(name) + " " +
+                  std::string(parameters));
 }
 
 class Host {
@@ -82,109 +132,114 @@ class Host {
 
   // Checks everything that can be checked before anything is called.
   Step Prepare(const std::string& name, Arguments arguments) const {
-    if (name == "Pausa") {
-      Expect(name, "ms", arguments.size() == 1);
-      return [ms = ParseNumber<std::uint32_t>("ms", arguments[0])] { return ::Sleep(ms), true; };
-    }
-    if (name == "Pasta") {
-      Expect(name, "dir", arguments.size() == 1);
-      return [folder = Widen(arguments[0], CP_UTF8)] {
-        if (!::SetCurrentDirectoryW(folder.c_str())) throw ErroDeUso("Pasta não encontrada");
-        return true;
+    const Verb* const verb = FindVerb(name);
+    if (verb == nullptr) return [this, call = Bind(name, arguments)] { return Show(call, call()); };
+    if (verb->run != nullptr) throw ErroDeUso(name + ": não se combina com \"+\"");
+    if (name == "Fluxo") return PrepareFlow(*verb, arguments);
+    ExpectArguments(name, verb->parameters, arguments.size(), 1, 1);
+    if (name == "Pausa")
+      return [ms = ParseInteger<std::uint32_t>("ms", arguments[0], 0)] {
+        return PauseFor(ms) ? kDone : kCancelled;
       };
-    }
-    if (name == "Fluxo") {
-      Expect(name, std::string(FindFunction(kStart)->parameters) + " [respostas...]",
-             arguments.size() >= kStartArguments);
-      Bind(kStart, arguments.first(kStartArguments));
-      for (const std::string& answer : arguments.subspan(kStartArguments))
-        Bind(kAnswer, {&answer, 1});
-      return [this, arguments] { return RunFlow(arguments); };
-    }
-    return [this, name, call = Bind(name, arguments)] { return Show(name, call()).Succeeded(); };
-  }
-
- private:
-  static void Expect(std::string_view name, std::string_view parameters, bool right) {
-    if (!right)
-      throw ErroDeUso("Argumentos a mais ou a menos. Uso: " + std::string(name) + " " +
-                      std::string(parameters));
-  }
-
-  Call Bind(std::string_view name, Arguments arguments) const {
-    const Function* const function = FindFunction(name);
-    if (function == nullptr) throw ErroDeUso("Função desconhecida: " + std::string(name));
-    Expect(name, function->parameters, arguments.size() == function->types.size());
-    std::vector<Value> values;
-    try {
-      const std::vector<std::string_view> names = ParameterNames(*function);
-      for (std::size_t i = 0; i < names.size(); ++i)
-        values.push_back(ParseValue(function->kind, function->types[i], names[i], arguments[i]));
-    } catch (const ErroDeUso& error) {
-      throw ErroDeUso(error.what() + (". Uso: " + std::string(name) + " ") +
-                      std::string(function->parameters));
-    }
-    return [function, address = AddressOf(library_, *function), values = std::move(values)] {
-      return CallFunction(*function, address, values);
+    return [folder = arguments[0]] {
+      if (::SetCurrentDirectoryW(Widen(folder, CP_UTF8).c_str())) return kDone;
+      throw ErroDeUso("Pasta: não foi encontrada: " + folder);
     };
   }
 
-  Reply Show(std::string_view name, Reply reply) const {
+ private:
+  Call Bind(std::string_view name, Arguments arguments = {}) const {
+    const Function& function = *FindFunction(name);
+    const std::vector<std::string_view> names = ParameterNames(function);
+    ExpectArguments(name, function.parameters, arguments.size(), names.size(), names.size());
+    std::vector<Value> values;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      values.push_back(ParseValue(function, function.types[i], names[i], arguments[i]));
+    if (const std::string wrong = WrongValues(function, names, values); !wrong.empty())
+      throw ErroDeUso(wrong);
+    return {&function, AddressOf(library_, function), std::move(values),
+            Warning(function.kind, arguments)};
+  }
+
+  ExitStatus Show(const Call& call, const Reply& reply) const {
     if (format_.json != nullptr)
       format_.json->Write(ToJson(nullptr, reply));
     else if (format_.raw)
       WriteTo(::GetStdHandle(STD_OUTPUT_HANDLE), reply.text + "\n");
     else
-      PrintDecoded(name, reply);
+      PrintDecoded(call.function->name, reply);
+    return reply.Status();
+  }
+
+  Step PrepareFlow(const Verb& verb, Arguments arguments) const {
+    const std::size_t most = std::max(arguments.size(), kStartArguments);
+    ExpectArguments(verb.name, verb.parameters, arguments.size(), kStartArguments, most);
+    std::vector<std::string> shared(arguments.begin(), arguments.begin() + kStartArguments);
+    const Call start = Bind(kStart, shared);
+    if (std::get<std::uint32_t>(start.values.front()) == format_.finish)
+      throw ErroDeUso("uFuncao: " + shared.front() +
+                      " é a função de encerramento (--funcao-fim): faria outra transação");
+    shared.front() = std::to_string(format_.finish);
+    const Arguments given = arguments.subspan(kStartArguments);
+    for (const std::string& answer : given) Bind(kAnswer, {&answer, 1});
+    return [this, given, start, news = Bind(kNews), finish = Bind(kFinish, shared),
+            cancel = Bind(kCancel)] {
+      if (const ExitStatus status = Show(start, start()); status != kDone) return status;
+      ExitStatus status = kUncertain;
+      try {
+        status = Converse(news, Answers(given));
+      } catch (...) {
+        Show(cancel, cancel());
+        throw;
+      }
+      if (status == kDone) return Show(finish, finish());
+      return Show(cancel, cancel()) == kDone ? status : kUncertain;
+    };
+  }
+
+  // kDone when the flow has its result and is to be finished; of anything else it is to be
+  // cancelled.
+  ExitStatus Converse(const Call& news, Answers answers) const {
+    while (true) {
+      const Reply reply = NextNews(news);
+      if (Interrupted()) return kCancelled;
+      Show(news, reply);
+      if (!reply.Succeeded()) return kRefused;
+      if (reply.text.find("[RETORNO]") != std::string::npos) return kDone;
+      const std::optional<Call> answer = NextAnswer(answers);
+      if (!answer) return kCancelled;
+      if (Show(*answer, (*answer)()) != kDone) return kRefused;
+    }
+  }
+
+  // The companion's next text; an [ERROABORTAR] of our own when it takes too long.
+  Reply NextNews(const Call& news) const {
+    const Waiting waiting("a próxima pergunta do Trevix (Ctrl-C cancela o fluxo)");
+    const ULONGLONG start = ::GetTickCount64();
+    Reply reply = news.Quietly();
+    while (reply.text.empty() && PauseFor(kPollMs)) {
+      if (::GetTickCount64() - start >= kPatienceMs)
+        throw std::runtime_error("O Trevix nada perguntou em 120 s");
+      reply = news.Quietly();
+    }
     return reply;
   }
 
-  Reply CallAndShow(std::string_view name, Arguments arguments = {}) const {
-    return Show(name, Bind(name, arguments)());
-  }
-
-  // The call that takes the next answer, from the command line or the keyboard, to the library;
-  // nothing when there is none left. Asks again for one that cannot be sent: an error here would
-  // leave the companion running.
-  std::optional<Call> NextAnswer(Arguments& answers) const {
+  // The call that takes the next answer to the library; nothing when the flow is to be cancelled.
+  std::optional<Call> NextAnswer(Answers& answers) const {
     while (true) {
+      const bool typed = answers.Typed();
+      if (typed && !format_.raw) Print("Resposta (ou cancelar): ", STD_ERROR_HANDLE);
+      const std::optional<std::string> answer = answers.Next();
+      if (!answer || answer == "cancelar" || Interrupted()) return std::nullopt;
       try {
-        if (!format_.raw && answers.empty()) Print("Resposta (ou cancelar): ");
-        const std::optional<std::string> answer =
-            answers.empty() ? ReadAnswer() : std::exchange(answers, answers.subspan(1)).front();
-        if (!answer || answer == "cancelar") return std::nullopt;
         return Bind(kAnswer, {&*answer, 1});
       } catch (const ErroDeUso& error) {
         Print(std::string(error.what()) + "\n", STD_ERROR_HANDLE);
+        // A pipe's next line answers the next question, not this one.
+        if (!typed) return std::nullopt;
       }
     }
-  }
-
-  bool RunFlow(Arguments arguments) const {
-    static const std::string kWait = "AguardaFuncaoQJInterativo";
-    Arguments answers = arguments.subspan(kStartArguments);
-    std::vector<std::string> start(arguments.begin(), arguments.begin() + kStartArguments);
-    if (!CallAndShow(kStart, start).Succeeded()) return false;
-    const Call wait = Bind(kWait, {});
-    ULONGLONG last_news = ::GetTickCount64();
-    while (::GetTickCount64() - last_news < kPatienceMs) {
-      const Reply news = wait();
-      if (news.text.empty()) {
-        ::Sleep(kPollMs);
-        continue;
-      }
-      Show(kWait, news);
-      if (!news.Succeeded()) break;
-      if (news.text.find("[RETORNO]") != std::string::npos) {
-        start[0] = "99";
-        return CallAndShow("FinalizaFuncaoQJInterativo", start).Succeeded();
-      }
-      const std::optional<Call> answer = NextAnswer(answers);
-      if (!answer || !Show(kAnswer, (*answer)()).Succeeded()) break;
-      last_news = ::GetTickCount64();
-    }
-    CallAndShow("CancelarFluxoQJInterativo");
-    return false;
   }
 
   const caixora_pdv::Biblioteca& library_;
@@ -193,24 +248,27 @@ class Host {
 
 }  // namespace
 
-bool RunCommands(const caixora_pdv::Biblioteca& library, Format format,
-                 const std::vector<std::string>& arguments) {
+ExitStatus RunCommands(const caixora_pdv::Biblioteca& library, Format format,
+                       const std::vector<std::string>& arguments) {
   const Host host(library, format);
-  std::vector<Step> steps;
+  std::vector<std::pair<std::string, Step>> steps;
   for (auto next = arguments.begin();; ++next) {
     const auto end = std::find(next, arguments.end(), "+");
     if (next == end) throw ErroDeUso("Falta uma função ao lado de \"+\"");
-    steps.push_back(host.Prepare(*next, {next + 1, end}));
+    const std::string name = Resolve(*next);
+    steps.emplace_back(name, host.Prepare(name, {next + 1, end}));
     if ((next = end) == arguments.end()) break;
   }
-  bool succeeded = true;
-  for (const Step& step : steps) succeeded &= step();
-  return succeeded;
-}
-
-void PrintFunctions() {
-  for (const Function& row : AllFunctions())
-    Print(std::string(row.name) + " " + std::string(row.parameters) + "\n");
+  ExitStatus worst = kDone;
+  for (const auto& [name, step] : steps) {
+    if (Interrupted()) {
+      Print("Interrompido; não foi chamada: " + name + "\n", STD_ERROR_HANDLE);
+      worst = std::max(worst, kCancelled);
+    } else {
+      worst = std::max(worst, step());
+    }
+  }
+  return worst;
 }
 
 }  // namespace caixora

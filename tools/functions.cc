@@ -2,18 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <type_traits>
 #include <utility>
 
 namespace caixora {
 namespace {
-
-Reply Decode(std::int32_t code) { return {Kind::kInteractive, code, std::to_string(code)}; }
-Reply Decode(const char* text) { return {Kind::kTest, std::nullopt, text}; }
-Reply Decode(CaixoraTexto text) {
-  return {Kind::kPayment, std::nullopt, caixora_pdv::Receber(text)};
-}
 
 template <class P>
 consteval Type TypeOf() {
@@ -36,10 +29,10 @@ P Pass(const Value& value) {
 }
 
 template <class R, class... P>
-Reply Call(FARPROC address, const std::vector<Value>& values) {
-  const auto function = reinterpret_cast<R (*)(P...)>(reinterpret_cast<void (*)()>(address));
+Returned Call(Address address, const std::vector<Value>& values) {
+  const auto function = reinterpret_cast<R (*)(P...)>(address);
   return [&]<std::size_t... I>(std::index_sequence<I...>) {
-    return Decode(function(Pass<P>(values.at(I))...));
+    return Returned(function(Pass<P>(values.at(I))...));
   }
   (std::index_sequence_for<P...>{});
 }
@@ -47,57 +40,79 @@ Reply Call(FARPROC address, const std::vector<Value>& values) {
 // Types come from the header, so that a changed declaration changes the call with it.
 template <class R, class... P>
 consteval Function MakeRow(std::type_identity<R(P...)>, Kind kind, const char* name,
-                           std::string_view parameters) {
+                           std::string_view parameters, std::string_view summary) {
   const auto blanks = static_cast<std::size_t>(std::ranges::count(parameters, ' '));
   if ((parameters.empty() ? 0 : blanks + 1) != sizeof...(P)) throw "names do not match types";
-  return {name, kind, parameters, kTypes<P...>, Call<R, P...>};
+  return {name, kind, parameters, summary, kTypes<P...>, Call<R, P...>};
 }
 
 #define CAIXORA_SALE "sCNPJCliente sCNPJParceiro dValor iCupom iLeitor"
 #define CAIXORA_FLOW \
   "uFuncao sCNPJ uCampo3 sCampo4 sValor sCampo6 sCampo7 sCampo8 sCampo9 uCampo10 sCampo11"
-#define CAIXORA_ROW(kind, name, parameters) \
-  MakeRow(std::type_identity<decltype(name)>{}, Kind::kind, #name, parameters)
+#define CAIXORA_ROW(kind, name, parameters, summary) \
+  MakeRow(std::type_identity<decltype(name)>{}, Kind::kind, #name, parameters, summary)
 
 constexpr Function kFunctions[] = {
-    CAIXORA_ROW(kSale, VendeCredito, CAIXORA_SALE),
-    CAIXORA_ROW(kSale, VendeCreditoVista, CAIXORA_SALE),
+    CAIXORA_ROW(kSale, VendeCredito, CAIXORA_SALE, "venda no crédito; o GP pergunta a forma"),
+    CAIXORA_ROW(kSale, VendeCreditoVista, CAIXORA_SALE, "venda no crédito à vista"),
     CAIXORA_ROW(kSale, VendeCreditoParcLoja,
-                "sCNPJCliente sCNPJParceiro iParcelas dValor iCupom iLeitor"),
+                "sCNPJCliente sCNPJParceiro iParcelas dValor iCupom iLeitor",
+                "venda no crédito parcelada pela loja"),
     CAIXORA_ROW(kSale, VendeCreditoParcAdm,
-                "sCNPJCliente sCNPJParceiro iParcelas dValor iCupom iLeitor"),
-    CAIXORA_ROW(kSale, VendeDebito, CAIXORA_SALE),
-    CAIXORA_ROW(kSale, VendeDebitoAVista, CAIXORA_SALE),
-    CAIXORA_ROW(kSale, MenuPrivate, CAIXORA_SALE),
-    CAIXORA_ROW(kSale, VendeCarteiraDigitalPix, CAIXORA_SALE),
-    CAIXORA_ROW(kSale, ParceleMais, CAIXORA_SALE),
+                "sCNPJCliente sCNPJParceiro iParcelas dValor iCupom iLeitor",
+                "venda no crédito parcelada pela administradora"),
+    CAIXORA_ROW(kSale, VendeDebito, CAIXORA_SALE, "venda no débito; o GP pergunta a forma"),
+    CAIXORA_ROW(kSale, VendeDebitoAVista, CAIXORA_SALE, "venda no débito à vista"),
+    CAIXORA_ROW(kSale, MenuPrivate, CAIXORA_SALE, "venda pelo menu private label do GP"),
+    CAIXORA_ROW(kSale, VendeCarteiraDigitalPix, CAIXORA_SALE, "venda com carteira digital ou Pix"),
+    CAIXORA_ROW(kSale, ParceleMais, CAIXORA_SALE, "venda no programa ParceleMais"),
     CAIXORA_ROW(kSale, VendeFrotaCompleto,
                 "sCNPJCliente sCNPJParceiro dValor sKM sPlaca sMatricula iQtdeItens sItens iCupom "
-                "iLeitor"),
+                "iLeitor",
+                "venda de frota, com os itens"),
     CAIXORA_ROW(kSale, LinkPagamento,
                 "sCNPJCliente sCNPJParceiro iParcelas dValor iCupom iQtdeItens sItens sCampo011 "
-                "sCampo012 iLeitor"),
-    CAIXORA_ROW(kPayment, ListarLinkPagamentoPago, CAIXORA_SALE),
-    CAIXORA_ROW(kPayment, ManutencaoLinkPagamento, "sCNPJCliente sCNPJParceiro iLeitor"),
-    CAIXORA_ROW(kOutcome, Confirmar, "sCNPJCliente sCNPJParceiro iCupom"),
-    CAIXORA_ROW(kOutcome, Desfazimento, "sCNPJCliente sCNPJParceiro iCupom"),
-    CAIXORA_ROW(kPayment, Cancelar, "sCNPJCliente sCNPJParceiro dValor iCupom sControle iLeitor"),
-    CAIXORA_ROW(kPayment, Reimpressao, "sCNPJCliente sCNPJParceiro iLeitor"),
-    CAIXORA_ROW(kPayment, ReimpressaoDireto, "sCNPJCliente sCNPJParceiro sNSU data iCupom iLeitor"),
-    CAIXORA_ROW(kPayment, Adm, CAIXORA_SALE),
-    CAIXORA_ROW(kPayment, Relatorio, "sCNPJCliente sCNPJParceiro iCupom iLeitor"),
-    CAIXORA_ROW(kPayment, RecargaCelular, "sCNPJCliente sCNPJParceiro iCupom iLeitor"),
-    CAIXORA_ROW(kPayment, Atv, "sCNPJCliente sCNPJParceiro iCupom iLeitor"),
-    CAIXORA_ROW(kPayment, SolicitarCPF, "sCNPJCliente sCNPJParceiro iCupom"),
-    CAIXORA_ROW(kPayment, SolicitarCNPJ, "sCNPJCliente sCNPJParceiro iCupom"),
-    CAIXORA_ROW(kPayment, SolicitarDocumento, "sCNPJCliente sCNPJParceiro iCupom"),
-    CAIXORA_ROW(kTest, Teste, ""),
-    CAIXORA_ROW(kInteractive, IniciaFuncaoQJInterativo, CAIXORA_FLOW),
-    CAIXORA_ROW(kInteractive, AguardaFuncaoQJInterativo, ""),
-    CAIXORA_ROW(kInteractive, ContinuaFuncaoQJInterativo, "sInformacao"),
-    CAIXORA_ROW(kInteractive, FinalizaFuncaoQJInterativo, CAIXORA_FLOW),
-    CAIXORA_ROW(kInteractive, CancelarFluxoQJInterativo, ""),
-    CAIXORA_ROW(kInteractive, ConfiguraIntTefInterativo, ""),
+                "sCampo012 iLeitor",
+                "cria um link de pagamento"),
+    CAIXORA_ROW(kPayment, ListarLinkPagamentoPago, CAIXORA_SALE, "lista os links já pagos"),
+    CAIXORA_ROW(kPayment, ManutencaoLinkPagamento, "sCNPJCliente sCNPJParceiro iLeitor",
+                "abre no GP a manutenção de links"),
+    CAIXORA_ROW(kOutcome, Confirmar, "sCNPJCliente sCNPJParceiro iCupom",
+                "confirma a venda do cupom, sem esperar o GP"),
+    CAIXORA_ROW(kOutcome, Desfazimento, "sCNPJCliente sCNPJParceiro iCupom",
+                "desfaz a venda do cupom, sem esperar o GP"),
+    CAIXORA_ROW(kPayment, Cancelar, "sCNPJCliente sCNPJParceiro dValor iCupom sControle iLeitor",
+                "cancela uma transação já confirmada"),
+    CAIXORA_ROW(kPayment, Reimpressao, "sCNPJCliente sCNPJParceiro iLeitor",
+                "abre no GP o menu de reimpressão"),
+    CAIXORA_ROW(kPayment, ReimpressaoDireto, "sCNPJCliente sCNPJParceiro sNSU data iCupom iLeitor",
+                "reimprime a transação de um NSU e uma data"),
+    CAIXORA_ROW(kPayment, Adm, CAIXORA_SALE, "abre o menu administrativo do GP"),
+    CAIXORA_ROW(kPayment, Relatorio, "sCNPJCliente sCNPJParceiro iCupom iLeitor",
+                "relatório de transações do GP"),
+    CAIXORA_ROW(kPayment, RecargaCelular, "sCNPJCliente sCNPJParceiro iCupom iLeitor",
+                "recarga de celular"),
+    CAIXORA_ROW(kPayment, Atv, "sCNPJCliente sCNPJParceiro iCupom iLeitor",
+                "pergunta se o GP está ativo; inicia um GP fechado"),
+    CAIXORA_ROW(kPayment, SolicitarCPF, "sCNPJCliente sCNPJParceiro iCupom",
+                "o GP pede o CPF ao cliente"),
+    CAIXORA_ROW(kPayment, SolicitarCNPJ, "sCNPJCliente sCNPJParceiro iCupom",
+                "o GP pede o CNPJ ao cliente"),
+    CAIXORA_ROW(kPayment, SolicitarDocumento, "sCNPJCliente sCNPJParceiro iCupom",
+                "o GP pede o CPF ou o CNPJ ao cliente"),
+    CAIXORA_ROW(kTest, Teste, "",
+                "devolve OK e esquece a confirmação pendente; não toca em arquivo"),
+    CAIXORA_ROW(kInteractive, IniciaFuncaoQJInterativo, CAIXORA_FLOW,
+                "inicia um fluxo interativo no Trevix"),
+    CAIXORA_ROW(kInteractive, AguardaFuncaoQJInterativo, "",
+                "consulta, uma vez, a próxima pergunta do Trevix"),
+    CAIXORA_ROW(kInteractive, ContinuaFuncaoQJInterativo, "sInformacao",
+                "responde à última pergunta do Trevix"),
+    CAIXORA_ROW(kInteractive, FinalizaFuncaoQJInterativo, CAIXORA_FLOW,
+                "encerra o fluxo que teve retorno"),
+    CAIXORA_ROW(kInteractive, CancelarFluxoQJInterativo, "", "abandona o fluxo"),
+    CAIXORA_ROW(kInteractive, ConfiguraIntTefInterativo, "",
+                "auxílio de desenvolvimento: abre o Trevix de uma pasta fixa"),
 };
 
 }  // namespace
@@ -111,30 +126,34 @@ const Function* FindFunction(std::string_view name) {
 
 std::vector<std::string_view> ParameterNames(const Function& function) {
   std::vector<std::string_view> names;
-  for (std::string_view rest = function.parameters; !rest.empty();)
-    names.push_back(caixora_pdv::interno::Tirar(rest, " "));
+  for (std::string_view rest = function.parameters; !rest.empty();) {
+    const std::size_t size = std::min(rest.find(' '), rest.size());
+    names.push_back(rest.substr(0, size));
+    rest.remove_prefix(std::min(size + 1, rest.size()));
+  }
   return names;
 }
 
-FARPROC AddressOf(const caixora_pdv::Biblioteca& library, const Function& function) {
-  const FARPROC address = library.Procurar(function.name);
-  if (address == nullptr)
-    throw caixora_pdv::ErroDeUso(std::string("A biblioteca não tem a função ") + function.name);
-  return address;
+std::int32_t LeastFor(const Function& function, std::string_view parameter) {
+  // A sale and its outcome are found by their coupon.
+  const bool counted = function.kind == Kind::kSale || function.kind == Kind::kOutcome;
+  return counted && parameter == "iCupom" ? 1 : INT32_MIN;
 }
 
-std::string EncodeText(Kind kind, std::string_view parameter, std::string_view utf8) {
-  return kind == Kind::kInteractive ? caixora_pdv::ParaAnsiInterativo(parameter, utf8)
-                                    : caixora_pdv::ParaAnsi(parameter, utf8);
-}
-
-Reply CallFunction(const Function& function, FARPROC address, const std::vector<Value>& values) {
-  const auto start = std::chrono::steady_clock::now();
-  Reply reply = function.call(address, values);
-  const auto elapsed = std::chrono::steady_clock::now() - start;
-  reply.kind = function.kind;
-  reply.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count();
-  return reply;
+std::string WrongValues(const Function& function, std::span<const std::string_view> names,
+                        std::span<const Value> values) {
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (function.kind == Kind::kSale && function.types[i] == Type::kAmount &&
+        std::get<double>(values[i]) == 0)
+      return std::string(names[i]) + ": uma venda é de ao menos um centavo";
+    if (names[i] != "iQtdeItens") continue;
+    // The library ignores items beyond the count, and all of them without one, and says nothing.
+    const auto& items = std::get<std::string>(values[i + 1]);
+    const auto sent = items.empty() ? 0 : std::ranges::count(items, '|') + 1;
+    if (std::get<std::int32_t>(values[i]) != sent)
+      return "iQtdeItens: sItens tem " + std::to_string(sent);
+  }
+  return {};
 }
 
 }  // namespace caixora

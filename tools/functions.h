@@ -9,21 +9,33 @@
 #include <variant>
 #include <vector>
 
-#include "caixora.hpp"
-#include "tools/reply.h"
+#include "caixora.h"
 
 namespace caixora {
+
+enum class Kind {
+  kSale,
+  kOutcome,  // Confirmar and Desfazimento
+  kPayment,  // the other functions that return "S;..."
+  kTest,
+  kInteractive,
+};
 
 // An argument: a Windows-1252 text, a number, or an amount in reais.
 using Value = std::variant<std::string, std::int32_t, std::uint32_t, double>;
 enum class Type { kText, kInteger, kNatural, kAmount };
 
+// A code of an interactive function, a constant text, or a result to be freed.
+using Returned = std::variant<std::int32_t, const char*, CaixoraTexto>;
+using Address = void (*)();
+
 struct Function {
   const char* name;
   Kind kind;
   std::string_view parameters;  // separated by blanks
+  std::string_view summary;
   std::span<const Type> types;
-  Reply (*call)(FARPROC, const std::vector<Value>&);
+  Returned (*call)(Address, const std::vector<Value>&);
 };
 
 std::span<const Function> AllFunctions();
@@ -33,13 +45,12 @@ const Function* FindFunction(std::string_view name);
 
 std::vector<std::string_view> ParameterNames(const Function& function);
 
-// Its address in the library; an ErroDeUso when the library lacks it.
-FARPROC AddressOf(const caixora_pdv::Biblioteca& library, const Function& function);
+// The least number that the tool takes for an integer parameter.
+std::int32_t LeastFor(const Function& function, std::string_view parameter);
 
-// A text argument in Windows-1252, or an ErroDeUso that names it.
-std::string EncodeText(Kind kind, std::string_view parameter, std::string_view utf8);
-
-// One call. The values are of the function's types.
-Reply CallFunction(const Function& function, FARPROC address, const std::vector<Value>& values);
+// Why the values, of the function's types, must not be sent although the library would take them;
+// empty when they may. The names are those that the caller gave.
+std::string WrongValues(const Function& function, std::span<const std::string_view> names,
+                        std::span<const Value> values);
 
 }  // namespace caixora

@@ -1,10 +1,13 @@
 #include "tools/reply.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <nlohmann/json.hpp>
 
 #include "caixora.hpp"
 #include "programs/console.h"
+#include "tools/failures.h"
 
 namespace caixora {
 namespace {
@@ -37,6 +40,48 @@ bool IsSuccess(Kind kind, const caixora_pdv::Resultado& result) {
   return result.Aprovada() || (kind == Kind::kOutcome && result.RespostaLocal());
 }
 
+std::string_view Outcome(Kind kind, const caixora_pdv::Resultado& result) {
+  if (result.RespostaLocal())
+    return kind == Kind::kOutcome ? "pedido gravado (resposta local)"
+                                  : "RESPOSTA LOCAL, que não é uma aprovação";
+  constexpr std::string_view kOutcomes[] = {"recusada ou com falha", "aprovada, com comprovante",
+                                            "aprovada, sem comprovante"};
+  return kOutcomes[static_cast<std::size_t>(result.codigo)];
+}
+
+// What others wrote must not steer the console.
+std::string Visible(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; }, ' ');
+  return text;
+}
+
+// Empty when it is no failure.
+std::string Remedy(std::string_view result) {
+  const Failure* const failure = FindByResult(result);
+  if (failure == nullptr) return {};
+  return "  " + std::string(failure->meaning) + "\n  " + std::string(failure->remedy) + "\n";
+}
+
+std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
+  std::string text(Outcome(reply.kind, result));
+  if (result.bruto.starts_with("S;")) text += " (S;" + std::to_string(result.codigo) + ")";
+  text += "\n";
+  const auto add = [&](std::string_view title, const std::string& value) {
+    if (!value.empty()) text.append("  ").append(title).append(": ").append(Visible(value)) += '\n';
+  };
+  add("Mensagem", result.mensagem);
+  for (std::size_t i = 0; i < kTitles.size(); ++i)
+    add(kTitles[i], result.*caixora_pdv::campos[i].texto);
+  for (const std::string& line : result.comprovante) text += "  | " + Visible(line) + "\n";
+  const auto time = std::chrono::milliseconds(reply.milliseconds);
+  if (result.Aprovada() || result.RespostaLocal() || caixora_pdv::NegativaCerta(result, time))
+    return text + Remedy(result.bruto);
+  return text +
+         "  O resultado é incerto: o GP pode ter feito a operação. Uma venda se desfaz:\n"
+         "  Desfazimento, com o mesmo cupom. Outra operação se verifica no GP.\n";
+}
+
 }  // namespace
 
 bool Reply::Succeeded() const {
@@ -45,17 +90,21 @@ bool Reply::Succeeded() const {
   return !text.starts_with("[ERROABORTAR]");
 }
 
+ExitStatus Reply::Status() const {
+  return StatusOf(kind, Succeeded(), IsResult(*this) && ResultOf(*this).RespostaLocal());
+}
+
 void PrintDecoded(std::string_view name, const Reply& reply) {
-  Print("== " + std::string(name) + "\n" + caixora_pdv::ParaUtf8(reply.text));
-  if (reply.code) return Print(" (" + std::string(caixora_pdv::SignificadoQj(*reply.code)) + ")\n");
-  Print("\n");
-  if (!IsResult(reply)) return;
-  const caixora_pdv::Resultado result = ResultOf(reply);
-  if (result.codigo == 0) return;
-  Print("  Mensagem: " + result.mensagem + "\n");
-  for (std::size_t i = 0; i < kTitles.size(); ++i)
-    Print("  " + std::string(kTitles[i]) + ": " + result.*caixora_pdv::campos[i].texto + "\n");
-  for (const std::string& line : result.comprovante) Print("  | " + line + "\n");
+  std::string text = "== " + std::string(name) + ": ";
+  const std::string utf8 = caixora_pdv::ParaUtf8(reply.text);
+  if (IsResult(reply))
+    text += Decoded(reply, ResultOf(reply));
+  else if (reply.code)
+    text +=
+        utf8 + " (" + std::string(caixora_pdv::SignificadoQj(*reply.code)) + ")\n" + Remedy(utf8);
+  else
+    text += (utf8.empty() ? "nada ainda" : Visible(utf8)) + "\n" + Remedy(utf8);
+  Print(text);
 }
 
 nlohmann::ordered_json ToJson(const nlohmann::json& id, const Reply& reply) {

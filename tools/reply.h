@@ -7,24 +7,20 @@
 #include <string>
 #include <string_view>
 
-namespace caixora {
+#include "tools/exit_status.h"
+#include "tools/functions.h"
 
-enum class Kind {
-  kSale,
-  kOutcome,  // Confirmar and Desfazimento
-  kPayment,  // the other functions that return "S;..."
-  kTest,
-  kInteractive,
-};
+namespace caixora {
 
 struct Reply {
   Kind kind;
-  std::optional<std::int32_t> code;  // of an interactive function; the others give a text
-  std::string text;                  // Windows-1252
+  std::optional<std::int32_t> code = {};  // of an interactive function; the others give a text
+  std::string text = {};                  // Windows-1252
   std::int64_t milliseconds = 0;
 
   // A local reply is a success of Confirmar and Desfazimento alone.
   bool Succeeded() const;
+  ExitStatus Status() const;
 };
 
 void PrintDecoded(std::string_view name, const Reply& reply);

@@ -6,6 +6,11 @@ namespace caixora {
 namespace {
 
 constexpr Verb kVerbs[] = {
+    {"ajuda", "[função]", "esta ajuda, ou a de uma função",
+     "O mesmo que --ajuda. Com uma função: argumentos, tipos, o que devolve e um exemplo.\n\n"
+     "Exemplo:\n"
+     "  caixora_host ajuda VendeCreditoVista\n",
+     nullptr},
     {"Fluxo", "<os onze argumentos de IniciaFuncaoQJInterativo> [respostas...]",
      "conduz um fluxo interativo do início ao fim",
      "Mostra cada pergunta do Trevix e envia as respostas, na ordem dada. Quando elas acabam, "

@@ -372,6 +372,16 @@ inline Resultado Interpretar(std::string texto) {
   return resultado;
 }
 
+/// A venda que voltou com este resultado, não aprovado, com certeza não foi feita. Antes de 1250
+/// ms, um "GP NÃO ATIVO" veio sem que nada fosse gravado (a DLL espera 1000 ms antes de gravar);
+/// depois disso, o pedido pode ter sido atendido.
+inline bool NegativaCerta(const Resultado& resultado, std::chrono::steady_clock::duration duracao) {
+  if (!resultado.bruto.starts_with("S;0;")) return false;
+  if (resultado.mensagem == "GP NÃO ATIVO") return duracao < std::chrono::milliseconds(1250);
+  return resultado.mensagem != "GP NAO ATIVO" &&
+         resultado.mensagem != "FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA";
+}
+
 /// O significado de um código das funções interativas.
 inline std::string_view SignificadoQj(std::int32_t codigo) {
   static constexpr std::pair<std::int32_t, std::string_view> significados[] = {
@@ -1177,16 +1187,6 @@ class Caixora {
                                  : Concluir(venda.cupom, Desfecho::desfazer);
       throw;
     }
-  }
-
-  /// A venda com certeza não foi feita. Antes de 1250 ms, um "GP NÃO ATIVO" veio sem que nada fosse
-  /// gravado (a DLL espera 1000 ms antes de gravar); depois disso, o pedido pode ter sido atendido.
-  static bool NegativaCerta(const Resultado& resultado,
-                            std::chrono::steady_clock::duration duracao) {
-    if (!resultado.bruto.starts_with("S;0;")) return false;
-    if (resultado.mensagem == "GP NÃO ATIVO") return duracao < std::chrono::milliseconds(1250);
-    return resultado.mensagem != "GP NAO ATIVO" &&
-           resultado.mensagem != "FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA";
   }
 
   void Concluir(std::int32_t cupom, Desfecho desfecho) {

@@ -1,0 +1,110 @@
+#include "tools/waiting.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <stop_token>
+#include <string_view>
+#include <utility>
+
+#include "programs/console.h"
+#include "tools/exit_status.h"
+#include "windows/handle.h"
+
+namespace caixora {
+namespace {
+
+using std::chrono::seconds;
+
+std::mutex console;                            // guards what follows, and what is shown
+const std::string* uncertain_after = nullptr;  // the warning of what blocks now
+std::size_t shown = 0;                         // characters of the line that stands there
+
+HANDLE InterruptionEvent() {
+  static const Handle event = Own(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  return event.get();
+}
+
+void Erase() {
+  if (shown != 0) Print("\r" + std::string(shown, ' ') + "\r", STD_ERROR_HANDLE);
+  shown = 0;
+}
+
+// In the one line of the console that can be erased again.
+void Show(const std::string& text) {
+  const HANDLE error = ::GetStdHandle(STD_ERROR_HANDLE);
+  CONSOLE_SCREEN_BUFFER_INFO screen{};
+  if (!::GetConsoleScreenBufferInfo(error, &screen) || screen.dwSize.X < 2) return;
+  std::wstring wide = Widen(text, CP_UTF8);
+  wide.resize(std::min(wide.size(), static_cast<std::size_t>(screen.dwSize.X) - 1));
+  Erase();
+  DWORD done = 0;
+  ::WriteConsoleW(error, wide.data(), static_cast<DWORD>(wide.size()), &done, nullptr);
+  shown = wide.size();
+}
+
+std::string Duration(seconds time) {
+  const auto minutes = time.count() / 60;
+  const std::string rest = std::to_string(time.count() % 60) + " s";
+  return minutes == 0 ? rest : std::to_string(minutes) + " min " + rest;
+}
+
+void ShowTime(const std::stop_token& stop, const std::string& what) {
+  const auto start = std::chrono::steady_clock::now();
+  std::condition_variable_any stopped;
+  std::unique_lock lock(console);
+  for (seconds time{1};; ++time) {
+    stopped.wait_until(lock, stop, start + time, [] { return false; });
+    if (stop.stop_requested()) return;
+    Show("Aguardando " + what + ": " + Duration(time));
+  }
+}
+
+// On a thread that Windows makes for it.
+BOOL WINAPI OnInterruption(DWORD type) {
+  const bool again = Interrupted();
+  ::SetEvent(InterruptionEvent());
+  {
+    const std::lock_guard lock(console);
+    if (uncertain_after != nullptr) {
+      Erase();
+      Print(again ? "Encerrado sem o resultado.\n" : *uncertain_after, STD_ERROR_HANDLE);
+      if (again) ::TerminateProcess(::GetCurrentProcess(), kUncertain);
+    }
+  }
+  // Windows ends a process whose window was closed once this returns; a flow is to be cancelled
+  // yet.
+  if (type != CTRL_C_EVENT && type != CTRL_BREAK_EVENT) ::Sleep(INFINITE);
+  return TRUE;
+}
+
+}  // namespace
+
+void TakeInterruptions() {
+  InterruptionEvent();
+  ::SetConsoleCtrlHandler(OnInterruption, TRUE);
+}
+
+bool Interrupted() { return !PauseFor(0); }
+
+bool PauseFor(DWORD milliseconds) {
+  return ::WaitForSingleObject(InterruptionEvent(), milliseconds) == WAIT_TIMEOUT;
+}
+
+Waiting::Waiting(std::string what, std::string warning) : warning_(std::move(warning)) {
+  {
+    const std::lock_guard lock(console);
+    uncertain_after = warning_.empty() ? nullptr : &warning_;
+  }
+  if (IsConsole(::GetStdHandle(STD_ERROR_HANDLE)))
+    line_.emplace([what = std::move(what)](const std::stop_token& stop) { ShowTime(stop, what); });
+}
+
+Waiting::~Waiting() {
+  line_.reset();
+  const std::lock_guard lock(console);
+  uncertain_after = nullptr;
+  Erase();
+}
+
+}  // namespace caixora
