@@ -23,7 +23,7 @@ std::string_view WrongCharacters(std::string_view text, std::string_view allowed
         return kDigits.find(c) == std::string_view::npos &&
                allowed.find(c) == std::string_view::npos;
       }))
-    return "tem mais do que algarismos";
+    return "tem outros caracteres além de algarismos";
   return {};
 }
 
@@ -49,7 +49,8 @@ std::string WrongWhole(std::string_view text) {
   if (const auto wrong = WrongCharacters(text, "-,."); !wrong.empty()) return std::string(wrong);
   if (text.find_first_of(",.") != std::string_view::npos)
     return "não leva casas nem separador de milhar";
-  if (!OnlyDigits(text.substr(text.starts_with('-') ? 1 : 0))) return "tem mais do que algarismos";
+  if (!OnlyDigits(text.substr(text.starts_with('-') ? 1 : 0)))
+    return "tem outros caracteres além de algarismos";
   return {};
 }
 

@@ -104,13 +104,14 @@ int Start() {
   std::optional<JsonOutput> json;
   Options options;
   const auto fail = [&](const std::string& error, ExitStatus status) {
+    if (!json && (options.json || options.bridge)) json.emplace();
     if (json) json->Write(ErrorToJson(nullptr, error));
     Print(error + "\n", STD_ERROR_HANDLE);
     return status;
   };
   try {
     const std::vector<std::string> arguments = CommandLine();
-    options = ParseOptions(arguments);
+    ParseOptions(arguments, options);
     if (!options.help.empty()) return ShowHelp(options);
     if (options.verb != nullptr) return options.verb->run(options.verb_arguments);
     if (options.list) return Print(ListOfAll(AllVerbs())), kDone;

@@ -229,11 +229,13 @@ class Host {
   std::optional<Call> NextAnswer(Answers& answers) const {
     while (true) {
       const bool typed = answers.Typed();
-      if (typed && !format_.raw) Print("Resposta (ou cancelar): ", STD_ERROR_HANDLE);
+      if (typed) Print("Resposta (ou cancelar): ", STD_ERROR_HANDLE);
       const std::optional<std::string> answer = answers.Next();
       if (!answer || answer == "cancelar" || Interrupted()) return std::nullopt;
       try {
-        return Bind(kAnswer, {&*answer, 1});
+        const Call call = Bind(kAnswer, {&*answer, 1});
+        if (!typed && Decoded()) Print("Resposta: " + *answer + "\n");
+        return call;
       } catch (const ErroDeUso& error) {
         Print(std::string(error.what()) + "\n", STD_ERROR_HANDLE);
         // A pipe's next line answers the next question, not this one.
@@ -241,6 +243,8 @@ class Host {
       }
     }
   }
+
+  bool Decoded() const { return !format_.raw && format_.json == nullptr; }
 
   const caixora_pdv::Biblioteca& library_;
   Format format_;

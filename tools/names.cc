@@ -46,18 +46,18 @@ std::vector<std::string_view> FindName(std::string_view word,
 std::string Suggestion(std::string_view word, std::span<const std::string_view> names) {
   constexpr std::size_t kShortestPart = 3;
   const std::string lower = LowerCase(word);
-  const std::size_t limit = std::max<std::size_t>(2, word.size() / 4);
+  const std::size_t limit = std::max<std::size_t>(1, word.size() / 3);
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (const std::string_view name : names) {
     const std::string other = LowerCase(name);
     const std::size_t distance = Distance(lower, other);
     const bool part = lower.size() >= kShortestPart && other.find(lower) != std::string::npos;
-    if (part || (distance <= limit && distance < word.size())) near.emplace_back(distance, name);
+    if (part || distance <= limit) near.emplace_back(distance, name);
   }
   if (near.empty()) return {};
   std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string_view>::first);
   near.resize(std::min(near.size(), kMostSuggested));
-  std::string text = "Você quis dizer ";
+  std::string text = " Você quis dizer ";
   for (const auto& [distance, name] : near)
     text.append(name == near.front().second  ? ""
                 : name == near.back().second ? " ou "

@@ -13,7 +13,7 @@ namespace caixora {
 std::vector<std::string_view> FindName(std::string_view word,
                                        std::span<const std::string_view> names);
 
-// "Você quis dizer ...?" with the names nearest to the word; empty when none is near.
+// " Você quis dizer ...?" with the names nearest to the word; empty when none is near.
 std::string Suggestion(std::string_view word, std::span<const std::string_view> names);
 
 }  // namespace caixora

@@ -72,7 +72,7 @@ void DescribeOptions(CLI::App& app, Options& options, std::string& finish) {
   for (const CLI::Option* const known : app.get_options())
     for (const std::string& name : known->get_lnames()) names.push_back("--" + name);
   const std::vector<std::string_view> views(names.begin(), names.end());
-  throw ErroDeUso("Opção desconhecida: " + option + ". " + Suggestion(option, views) +
+  throw ErroDeUso("Opção desconhecida: " + option + "." + Suggestion(option, views) +
                   " Todas: caixora_host --ajuda");
 }
 
@@ -88,8 +88,7 @@ std::string HelpAskedFor(const std::vector<std::string>& commands) {
 
 }  // namespace
 
-Options ParseOptions(std::span<const std::string> arguments) {
-  Options options;
+void ParseOptions(std::span<const std::string> arguments, Options& options) {
   std::string finish;
   CLI::App app(
       "caixora_host: o console da biblioteca Caixora.dll, de pagamentos com cartão (TEF).\n"
@@ -103,7 +102,7 @@ Options ParseOptions(std::span<const std::string> arguments) {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
     options.help = app.help();
-    return options;
+    return;
   } catch (const CLI::ParseError&) {
     throw ErroDeUso("Opção inválida, repetida ou sem o seu valor; veja caixora_host --ajuda");
   }
@@ -114,7 +113,7 @@ Options ParseOptions(std::span<const std::string> arguments) {
   if (empty && !options.bridge && !options.list && !options.version) options.help_status = kUsage;
   if (options.help_status == kUsage || (!empty && AsksForHelp(options.commands.front()))) {
     options.help = app.help();
-    return options;
+    return;
   }
   if (!finish.empty()) {
     const ParsedNumber number = ParseWhole(finish, 0, UINT32_MAX);
@@ -122,7 +121,7 @@ Options ParseOptions(std::span<const std::string> arguments) {
       throw ErroDeUso("--funcao-fim: \"" + finish + "\" " + *wrong);
     options.finish = static_cast<std::uint32_t>(std::get<std::int64_t>(number));
   }
-  if (empty) return options;
+  if (empty) return;
   if (options.commands.front().starts_with("-")) RefuseOption(app, options.commands.front());
   if (options.bridge || options.list || options.version)
     throw ErroDeUso("--ponte, --lista e --versao não aceitam funções na linha de comando");
@@ -130,12 +129,11 @@ Options ParseOptions(std::span<const std::string> arguments) {
   const std::string name = Resolve(options.commands.front());
   if (options.help.empty() && name == kHelpVerb) options.help = app.help();
   const Verb* const verb = FindVerb(name);
-  if (!options.help.empty() || verb == nullptr || verb->run == nullptr) return options;
+  if (!options.help.empty() || verb == nullptr || verb->run == nullptr) return;
   // Its options may stand before its name as well.
   options.verb = verb;
   options.verb_arguments.assign(arguments.begin(), arguments.end());
   options.verb_arguments.erase(options.verb_arguments.end() - std::ssize(options.commands));
-  return options;
 }
 
 }  // namespace caixora

@@ -26,7 +26,7 @@ struct Options {
   std::vector<std::string> verb_arguments;
 };
 
-// An ErroDeUso when they make no sense.
-Options ParseOptions(std::span<const std::string> arguments);
+// An ErroDeUso when they make no sense; what was read before stands in the options then.
+void ParseOptions(std::span<const std::string> arguments, Options& options);
 
 }  // namespace caixora

@@ -4,7 +4,8 @@
 
 namespace caixora {
 
-// From now on the process ends with kLibraryEnded, and says so, when it ends within a call.
+// From now on the process ends with kLibraryEnded, and says so, when it ends within a call of this
+// thread.
 void WatchForProcessEnd();
 
 // Around a call of the library.

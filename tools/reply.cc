@@ -12,21 +12,11 @@
 namespace caixora {
 namespace {
 
-constexpr std::array<std::string_view, caixora_pdv::campos.size()> kTitles = {"Cupom",
-                                                                              "Valor em centavos",
-                                                                              "Bandeira",
-                                                                              "Rede",
-                                                                              "Autorização",
-                                                                              "NSU",
-                                                                              "Tipo de transação",
-                                                                              "Parcelas",
-                                                                              "Controle",
-                                                                              "Campo 170-000",
-                                                                              "Código da rede",
-                                                                              "Campo 740-000",
-                                                                              "Campo 741-000",
-                                                                              "Campo 742-000",
-                                                                              "Campo 031-000"};
+constexpr std::array<std::string_view, caixora_pdv::campos.size()> kTitles = {
+    "Cupom",         "Valor",         "Bandeira",          "Rede",
+    "Autorização",   "NSU",           "Tipo de transação", "Parcelas",
+    "Controle",      "Campo 170-000", "Código da rede",    "Campo 740-000",
+    "Campo 741-000", "Campo 742-000", "Campo 031-000"};
 
 bool IsResult(const Reply& reply) {
   return reply.kind != Kind::kTest && reply.kind != Kind::kInteractive;
@@ -44,9 +34,10 @@ std::string_view Outcome(Kind kind, const caixora_pdv::Resultado& result) {
   if (result.RespostaLocal())
     return kind == Kind::kOutcome ? "pedido gravado (resposta local)"
                                   : "RESPOSTA LOCAL, que não é uma aprovação";
-  constexpr std::string_view kOutcomes[] = {"recusada ou com falha", "aprovada, com comprovante",
-                                            "aprovada, sem comprovante"};
-  return kOutcomes[static_cast<std::size_t>(result.codigo)];
+  if (result.codigo == 0) return "recusada ou com falha";
+  const bool sale = kind == Kind::kSale;
+  if (result.codigo == 1) return sale ? "aprovada, com comprovante" : "feita, com comprovante";
+  return sale ? "aprovada, sem comprovante" : "feita, sem comprovante";
 }
 
 // What others wrote must not steer the console.
@@ -63,6 +54,13 @@ std::string Remedy(std::string_view result) {
   return "  " + std::string(failure->meaning) + "\n  " + std::string(failure->remedy) + "\n";
 }
 
+// As the GP wrote it where that is no number of cents.
+std::string InReais(const caixora_pdv::Resultado& result) {
+  const auto cents = result.ValorCentavos();
+  const bool fits = cents && *cents <= caixora_pdv::Centavos::maximo;
+  return fits ? "R$ " + caixora_pdv::Centavos(*cents).Texto() : result.valor_centavos;
+}
+
 std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
   std::string text(Outcome(reply.kind, result));
   if (result.bruto.starts_with("S;")) text += " (S;" + std::to_string(result.codigo) + ")";
@@ -71,11 +69,14 @@ std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
     if (!value.empty()) text.append("  ").append(title).append(": ").append(Visible(value)) += '\n';
   };
   add("Mensagem", result.mensagem);
-  for (std::size_t i = 0; i < kTitles.size(); ++i)
-    add(kTitles[i], result.*caixora_pdv::campos[i].texto);
+  for (std::size_t i = 0; i < kTitles.size(); ++i) {
+    const std::string& value = result.*caixora_pdv::campos[i].texto;
+    add(kTitles[i], kTitles[i] == "Valor" ? InReais(result) : value);
+  }
   for (const std::string& line : result.comprovante) text += "  | " + Visible(line) + "\n";
   const auto time = std::chrono::milliseconds(reply.milliseconds);
-  if (result.Aprovada() || result.RespostaLocal() || caixora_pdv::NegativaCerta(result, time))
+  if (reply.Succeeded()) return text;
+  if (result.RespostaLocal() || caixora_pdv::NegativaCerta(result, time))
     return text + Remedy(result.bruto);
   return text +
          "  O resultado é incerto: o GP pode ter feito a operação. Uma venda se desfaz:\n"
