@@ -15,7 +15,7 @@ namespace {
 
 constexpr DWORD kPollMs = 20;
 constexpr DWORD kLongestRunMs = 10 * 60 * 1000;
-constexpr DWORD kQuickRunMs = 200;  // long enough for the check that follows a start
+constexpr DWORD kQuickRunMs = 1000;  // long enough for the check that follows a start
 
 enum ExitCode { kDone = 0, kCrashed = 3, kNotAnswered = 4, kNotWritten = 5 };
 

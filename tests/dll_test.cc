@@ -399,7 +399,8 @@ TEST_F(DllFlow, IsCancelledAndCrashes) {
   ASSERT_EQ(Begin("longa"), 0);
   ASSERT_TRUE(WasStartedWith(u8"20¬11222333000181¬1¬longa¬"_ansi));
   fs::remove(kInert);
-  EXPECT_EQ(CALL(CancelarFluxoQJInterativo)(), 0);
+  // On a busy machine the check for what still runs comes before what ends it: 43, and again.
+  EXPECT_TRUE(Eventually([] { return CALL(CancelarFluxoQJInterativo)() == 0; }));
   EXPECT_TRUE(Eventually([] { return Count("taskkill.exe") + Count("Trevix.exe") == 0; }));
   EXPECT_EQ(Await(), u8"[ERROABORTAR]#Trevix não está em execução"_ansi);
   Write(kInert, "");
