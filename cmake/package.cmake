@@ -14,6 +14,13 @@ if(NOT PROJECT_VERSION MATCHES "^${node_version}\\.")
   message(FATAL_ERROR "bindings/node/package.json is not of version ${PROJECT_VERSION}")
 endif()
 
+# What the linker took from where, for the list of components.
+foreach(target caixora caixora_host clientorvane_simulador Trevix Email)
+  if(MINGW)
+    target_link_options(${target} PRIVATE -Wl,-Map=${PROJECT_BINARY_DIR}/${target}.map)
+  endif()
+endforeach()
+
 install(TARGETS caixora RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(TARGETS caixora_host DESTINATION bin)
 install(TARGETS clientorvane_simulador Trevix Email DESTINATION simuladores)

@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Makes build/pacote/caixora-<version>-win64.zip and SHA256SUMS: the same bytes from each run, in
+# whatever folder. Its times are those of SOURCE_DATE_EPOCH, or of the last commit.
+#
+#   --sem-documentos  without the pages that are made from the guide and the header
+#   --de <folder>     of a build that is there already, into that folder
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
+documents=1
+build=
+while [ $# -gt 0 ]; do
+  case $1 in
+    --sem-documentos) documents= ;;
+    --de) build=$(realpath "${2:?}") && shift ;;
+    *) stop 'Uso: scripts/package.sh [--sem-documentos] [--de <pasta>]' ;;
+  esac
+  shift
+done
+umask 022
+export TZ=UTC
+: "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct 2>/dev/null || echo 315532800)}"
+export SOURCE_DATE_EPOCH
+
+packages=(llvm python3)
+[ -z "$documents" ] || packages+=(pandoc weasyprint fonts-dejavu-core)
+install_missing "${packages[@]}"
+if [ -z "$build" ]; then
+  build pacote
+  build=$PWD/build/pacote
+fi
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$build/CMakeCache.txt")
+name=caixora-$version-win64
+content=$build/conteudo
+rm -rf "$content"
+mkdir -p "$content"/{lib,simuladores,exemplos,docs}
+
+# As Windows has texts: its code page, its line ends, the version filled in.
+for_windows() {
+  sed "s/@VERSAO@/$version/g; s/\$/\r/" "package/$1" |
+    iconv -f UTF-8 -t WINDOWS-1252 >"$content/${2:-$1}"
+}
+for_windows LEIA-ME.txt
+for_windows exemplos.txt exemplos/LEIA-ME.txt
+for_windows instalar_simuladores.cmd simuladores/instalar_simuladores.cmd
+
+llvm-dlltool --machine i386:x86-64 --input-def src/api/caixora.def --dllname Caixora.dll \
+  --output-lib "$content/lib/Caixora.lib"
+
+python3 package/components.py "$build" "$content" "$version"
+
+# Folders have the names of the package, and so do the links.
+page() {  # title result folder-of-pictures, Markdown on the standard input
+  sed 's/^<!-- .* -->$//; s#\.\./simulators/README\.md#simuladores.html#g
+       s#\.\./README[^ )]*\.md#../LEIA-ME.txt#g; s#\bexamples/#exemplos/#g
+       s#\.\./CHANGELOG\.md#CHANGELOG.md#g' |
+    pandoc --from gfm --to html5 --standalone --self-contained --metadata "pagetitle=$1" \
+      --metadata lang="${4:-pt-BR}" --css "$project/package/documento.css" \
+      --resource-path "$3" --output "$content/docs/$2"
+}
+if [ -n "$documents" ]; then
+  page "Caixora $version: guia do integrador" guia.html docs <docs/guia.md
+  weasyprint --quiet "$content/docs/guia.html" "$content/docs/guia.pdf"
+  page "Simuladores da Caixora $version" simuladores.html simulators <simulators/README.md
+  python3 package/header_page.py include/caixora.h |
+    page "caixora.h $version" caixora_h.html include en
+fi
+
+(cd "$build" && cpack --config CPackConfig.cmake >cpack.log) || { cat "$build/cpack.log"; exit 1; }
+python3 package/zip.py "$build/$name.zip"
+(cd "$build" && sha256sum "$name.zip" >SHA256SUMS)
+echo "$build/$name.zip"
