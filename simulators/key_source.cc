@@ -1,6 +1,9 @@
 #include "simulators/key_source.h"
 
 #include <atomic>
+#include <deque>
+#include <mutex>
+#include <thread>
 
 #include "programs/console.h"
 #include "simulators/gp_keys.h"
@@ -31,27 +34,48 @@ std::optional<char> NextOfConsole(HANDLE input) {
   return std::nullopt;
 }
 
-std::optional<char> NextOfPipe(HANDLE input) {
-  DWORD count = 0;
-  if (::GetFileType(input) == FILE_TYPE_PIPE &&
-      (!::PeekNamedPipe(input, nullptr, 0, nullptr, &count, nullptr) || count == 0))
-    return std::nullopt;
-  char key = 0;
-  if (!::ReadFile(input, &key, 1, &count, nullptr) || count == 0) return std::nullopt;
-  return key;
-}
-
 }  // namespace
 
-KeySource::KeySource(bool keys, bool ends) : keys_(keys) {
+// Read on a thread of its own, which ends with the program: not every pipe can be asked what it
+// holds.
+class KeySource::Pipe {
+ public:
+  void ReadAll(HANDLE input) {
+    char key = 0;
+    for (DWORD count = 0; ::ReadFile(input, &key, 1, &count, nullptr) && count != 0;) {
+      const std::lock_guard lock(mutex_);
+      keys_.push_back(key);
+    }
+  }
+
+  std::optional<char> Next() {
+    const std::lock_guard lock(mutex_);
+    if (keys_.empty()) return std::nullopt;
+    const char key = keys_.front();
+    keys_.pop_front();
+    return key;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<char> keys_;
+};
+
+KeySource::KeySource(bool keys, bool ends) {
   if (ends) ::SetConsoleCtrlHandler(AskForEnd, TRUE);
+  if (!keys) return;
+  const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
+  console_ = IsConsole(input);
+  if (console_) return;
+  pipe_ = std::make_shared<Pipe>();
+  std::thread([pipe = pipe_, input] { pipe->ReadAll(input); }).detach();
 }
 
 std::optional<char> KeySource::Next() const {
   if (end_asked.exchange(false)) return kEscape;
-  if (!keys_) return std::nullopt;
-  const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
-  const std::optional<char> key = IsConsole(input) ? NextOfConsole(input) : NextOfPipe(input);
+  std::optional<char> key;
+  if (console_) key = NextOfConsole(::GetStdHandle(STD_INPUT_HANDLE));
+  if (pipe_) key = pipe_->Next();
   return key >= 'A' && key <= 'Z' ? static_cast<char>(*key - 'A' + 'a') : key;
 }
 

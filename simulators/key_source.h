@@ -1,6 +1,7 @@
 // The keys of a console, or of a pipe that stands in for one.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 namespace caixora::gp {
@@ -14,7 +15,10 @@ class KeySource {
   std::optional<char> Next() const;
 
  private:
-  bool keys_;
+  class Pipe;
+
+  bool console_ = false;
+  std::shared_ptr<Pipe> pipe_;
 };
 
 }  // namespace caixora::gp

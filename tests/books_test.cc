@@ -77,6 +77,7 @@ TEST(Books, FindWhatDoesNotComeOutEven) {
       {"CRT/0 1 1000 +, CNF 1, CNC 1 1002 -, CNF 1", "recusa_confirmada 1"},
       {"CRT/0 1 1000 +, CNC 1 1000 +, CNF 1", ""},
       {"CNC 1 1003, ADM 2, CEL 3 +", ""},
+      {"ADM 1 +, CRT/0 1 1000 +, CNF 1", ""},
       {"CEL 3 +, CNF 3", ""},
       {"ADM 3 +, CNF 3", ""},
       // Whatever else has a coupon is no sale, and a link is one.

@@ -13,6 +13,7 @@ namespace {
 const fs::path kRequest = "C:\\Tef_Dial\\Req\\intpos.001";
 const fs::path kAnswer = "C:\\Tef_Dial\\Resp\\Intpos.001";
 const fs::path kOutput = "C:\\caixa\\saida.jsonl";
+const fs::path kText = "C:\\caixa\\saida.txt";
 
 class Gp : public testing::Test {
  protected:
@@ -29,15 +30,26 @@ class Gp : public testing::Test {
     const Handle input(read);
     keys_.reset(write);
     SetHandleInformation(write, HANDLE_FLAG_INHERIT, 0);
-    const Handle output(CreateFileW(kOutput.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
-                                    CREATE_ALWAYS, 0, nullptr));
+    const auto create = [&](const fs::path& path) {
+      return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                CREATE_ALWAYS, 0, nullptr));
+    };
+    const Handle output = create(kOutput), text = create(kText);
     gp_ = Start(LR"(C:\Lumetra\clientorvane_simulador.exe --json )" + std::wstring(arguments),
-                nullptr, output.get(), input.get());
+                nullptr, output.get(), input.get(), text.get());
   }
 
   void Press(std::string_view keys) {
     DWORD done = 0;
     WriteFile(keys_.get(), keys.data(), static_cast<DWORD>(keys.size()), &done, nullptr);
+  }
+
+  // Until the last of the keys was understood as this.
+  void Choose(std::string_view keys, const std::string& outcome) {
+    Press(keys);
+    EXPECT_TRUE(Eventually([&] {
+      return Read(kText).ends_with("Próximo pedido: " + outcome + "\n");
+    })) << keys;
   }
 
   // Written whole, and taken.
@@ -77,19 +89,19 @@ class Gp : public testing::Test {
 
 TEST_F(Gp, TakesTheOutcomeOfTheNextRequestFromAKey) {
   Run(L"--teclas");
-  Press("n");
+  Choose("n", "recusa");
   EXPECT_FALSE(Sold(1, 1000));
   EXPECT_TRUE(Sold(2, 1000));  // one request only
-  Press("xsA\r\n");
+  Choose("xsA", "aprova com comprovante");
   EXPECT_TRUE(Sold(3, 1002));  // the last key, before the cents
-  Press("n");
+  Choose("n", "recusa");
   Settle("CNF", 2);  // has no answer, and leaves the key to
   EXPECT_FALSE(Sold(4, 1000));
-  Press("d");
+  Choose("d", "aprova depois de 3 s");
   const auto asked = std::chrono::steady_clock::now();
   EXPECT_TRUE(Sold(5, 1000));
   EXPECT_GE(std::chrono::steady_clock::now() - asked, 3s);
-  Press("s");
+  Choose("s", "recebe e nunca responde");
   Sell(6, 1000);
   Settle("CNF", 5);
   Settle("CNF", 5);
@@ -112,7 +124,7 @@ TEST_F(Gp, TakesTheOutcomeOfTheNextRequestFromAKey) {
 TEST_F(Gp, GoesOnWithTheBooksOfOneThatWasEnded) {
   Run(L"--teclas");
   EXPECT_TRUE(Sold(1, 1000));
-  Press("m");
+  Choose("m", "recebe e encerra o GP sem responder");
   Sell(2, 1000);
   EXPECT_EQ(End().first, 4u);
   Run(L"--teclas STARTAUTO");

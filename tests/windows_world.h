@@ -84,15 +84,16 @@ inline bool Eventually(const std::function<bool()>& holds) {
   return false;
 }
 
-// Starts a program, in another token and with another output and input if given.
+// Starts a program, in another token and with other streams if given.
 inline Handle Start(std::wstring command, HANDLE token = nullptr, HANDLE output = nullptr,
-                    HANDLE input = nullptr) {
+                    HANDLE input = nullptr, HANDLE error = nullptr) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   if (output != nullptr) {
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = output;
     startup.hStdInput = input;
+    startup.hStdError = error;
   }
   PROCESS_INFORMATION process{};
   wchar_t* const line = command.data();
