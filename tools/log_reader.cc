@@ -609,7 +609,7 @@ class Follower {
   static void SetResultOfFailure(Call& call, std::string_view message) {
     call.result = call.failures.front()->result;
     if (!call.result.ends_with('*')) return;
-    call.result.pop_back();
+    call.result.resize(call.result.size() - 1);
     for (const std::string_view pattern : call.failures.front()->log_lines)
       if (pattern.ends_with('*') && Matches(pattern, message))
         call.result.append(message.substr(pattern.size() - 1));
@@ -683,7 +683,9 @@ class Follower {
   std::uint64_t order_ = 0;
 };
 
-std::string TwoDigits(LogTime number) { return (number < 10 ? "0" : "") + std::to_string(number); }
+std::string TwoDigits(LogTime number) {
+  return std::string(number < 10 ? "0" : "").append(std::to_string(number));
+}
 
 }  // namespace
 

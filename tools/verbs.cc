@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/report_verb.h"
+
 namespace caixora {
 namespace {
 
@@ -29,6 +31,14 @@ constexpr Verb kVerbs[] = {
      "Exemplo:\n"
      "  caixora_host Pasta C:\\caixa + Atv 11.222.333/0001-81 11.222.333/0001-81 1 1\n",
      nullptr},
+    {"relatorio", "[--completo] [--saida <arquivo.html>] <log...>",
+     "mostra logs como uma página, que abre em qualquer navegador",
+     "Lê um ou mais Caixora.log, também os renomeados e em qualquer ordem, e grava relatorio.html\n"
+     "na pasta atual: vendas em aberto, linha do tempo, chamadas com o que fazer em cada falha.\n"
+     "CNPJs, documentos, cartões e telefones saem reduzidos; com --completo, inteiros.\n\n"
+     "Exemplo:\n"
+     "  caixora_host relatorio --saida C:\\caixa\\dia.html \"C:\\Lumetra\\Log\\Caixora*.log\"\n",
+     PrintReport},
 };
 
 }  // namespace
