@@ -168,7 +168,7 @@ rem Saem só os arquivos que os simuladores e a biblioteca gravam.
 :desfaz_lumetra
 if not exist C:\Lumetra\%registro% goto :eof
 call :apaga C:\Lumetra\Log Caixora.log Caixora_??????????????.log
-call :apaga C:\Lumetra Pedidos.txt %registro%
+call :apaga C:\Lumetra Pedidos.txt Livro.txt %registro%
 goto :eof
 
 :desfaz_tef_dial

@@ -57,7 +57,13 @@ page() {  # title result folder-of-pictures, Markdown on the standard input
       --resource-path "$3" --output "$content/docs/$2"
 }
 if [ -n "$documents" ]; then
-  page "Caixora $version: guia do integrador" guia.html docs <docs/guia.md
+  # One page: the guide, then the two that it leads to.
+  for part in guia o-que-certificar glossario-do-log; do
+    cat "docs/$part.md"
+    echo
+  done | sed 's/(o-que-certificar\.md)/(#o-que-certificar)/g
+    s/(glossario-do-log\.md)/(#glossário-do-log)/g; s/(guia\.md#/(#/g' |
+    page "Caixora $version: guia do integrador" guia.html docs
   weasyprint --quiet "$content/docs/guia.html" "$content/docs/guia.pdf"
   page "Simuladores da Caixora $version" simuladores.html simulators <simulators/README.md
   python3 package/header_page.py include/caixora.h |
