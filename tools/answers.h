@@ -12,6 +12,8 @@ namespace caixora {
 class Answers {
  public:
   explicit Answers(std::span<const std::string> given);
+  Answers(const Answers&) = delete;
+  Answers& operator=(const Answers&) = delete;
 
   // The next one in UTF-8; nothing when there is none left, or the input was interrupted.
   std::optional<std::string> Next();

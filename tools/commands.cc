@@ -35,6 +35,8 @@ constexpr std::string_view kCancel = "CancelarFluxoQJInterativo";
 constexpr std::size_t kStartArguments = 11;
 constexpr DWORD kPollMs = 100;
 constexpr DWORD kPatienceMs = 120'000;
+constexpr int kCancelAttempts = 5;
+constexpr DWORD kCancelPauseMs = 500;
 
 using Arguments = std::span<const std::string>;
 using Step = std::function<ExitStatus()>;
@@ -83,21 +85,26 @@ std::string_view Awaited(Kind kind) {
 }
 
 // What Ctrl-C leaves unknown while the function blocks, and how to find it out.
-std::string Warning(Kind kind, Arguments arguments) {
-  constexpr std::string_view kAgain =
-      "\nA espera continua. Ctrl-C de novo encerra este programa sem o resultado";
-  std::string text(kind == Kind::kInteractive ? "O Trevix não pode ser interrompido agora."
-                                              : "O pedido pode já estar com o GP.");
-  text += kAgain;
-  switch (kind) {
-    case Kind::kSale:
-      return text + ": a venda fica incerta. Desfaça-a então, com este cupom:\n  caixora_host " +
-             "Desfazimento " + arguments[0] + " " + arguments[1] + " <iCupom>\n";
+std::string Warning(const Function& function, Arguments arguments) {
+  std::string text =
+      "O resultado ainda não se sabe, e a espera continua. Ctrl-C de novo encerra sem ele.\n";
+  switch (function.kind) {
+    case Kind::kSale: {
+      const std::vector<std::string_view> names = ParameterNames(function);
+      const auto coupon = std::ranges::find(names, "iCupom") - names.begin();
+      return text + "A venda fica então incerta, e se desfaz assim:\n  caixora_host Desfazimento " +
+             arguments[0] + " " + arguments[1] + " " + arguments[static_cast<std::size_t>(coupon)] +
+             "\n";
+    }
     case Kind::kOutcome:
-      return text + ": repita-o então.\n";
-    default:
-      return text + ": verifique-o então.\n";
+      return text + "Repita então a chamada, antes de qualquer outra.\n";
+    case Kind::kPayment:
+      return text + "Verifique então no GP se a operação foi feita.\n";
+    case Kind::kTest:
+    case Kind::kInteractive:
+      break;
   }
+  return text + "Verifique então no Trevix se a transação foi feita.\n";
 }
 
 struct Call {
@@ -158,7 +165,7 @@ class Host {
     if (const std::string wrong = WrongValues(function, names, values); !wrong.empty())
       throw ErroDeUso(wrong);
     return {&function, AddressOf(library_, function), std::move(values),
-            Warning(function.kind, arguments)};
+            Warning(function, arguments)};
   }
 
   ExitStatus Show(const Call& call, const Reply& reply) const {
@@ -187,19 +194,30 @@ class Host {
       if (const ExitStatus status = Show(start, start()); status != kDone) return status;
       ExitStatus status = kUncertain;
       try {
-        status = Converse(news, Answers(given));
+        status = Converse(news, given);
       } catch (...) {
-        Show(cancel, cancel());
+        CancelFlow(cancel);
         throw;
       }
       if (status == kDone) return Show(finish, finish());
-      return Show(cancel, cancel()) == kDone ? status : kUncertain;
+      return CancelFlow(cancel) == kDone ? status : kUncertain;
     };
+  }
+
+  // Again when a companion that was told to end is still there.
+  ExitStatus CancelFlow(const Call& cancel) const {
+    Reply reply = cancel();
+    for (int attempt = 1; attempt < kCancelAttempts && !reply.Succeeded(); ++attempt) {
+      ::Sleep(kCancelPauseMs);
+      reply = cancel();
+    }
+    return Show(cancel, reply);
   }
 
   // kDone when the flow has its result and is to be finished; of anything else it is to be
   // cancelled.
-  ExitStatus Converse(const Call& news, Answers answers) const {
+  ExitStatus Converse(const Call& news, Arguments given) const {
+    Answers answers(given);
     while (true) {
       const Reply reply = NextNews(news);
       if (Interrupted()) return kCancelled;
@@ -231,6 +249,7 @@ class Host {
       const bool typed = answers.Typed();
       if (typed) Print("Resposta (ou cancelar): ", STD_ERROR_HANDLE);
       const std::optional<std::string> answer = answers.Next();
+      if (typed && Interrupted()) Print("\n", STD_ERROR_HANDLE);
       if (!answer || answer == "cancelar" || Interrupted()) return std::nullopt;
       try {
         const Call call = Bind(kAnswer, {&*answer, 1});

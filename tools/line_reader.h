@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +23,10 @@ struct Line {
 
 class LineReader {
  public:
-  explicit LineReader(HANDLE stream) : stream_(stream) {}
+  // `await` is called before each read, and ends the input where it returns false.
+  explicit LineReader(
+      HANDLE stream, std::function<bool()> await = [] { return true; })
+      : stream_(stream), await_(std::move(await)) {}
 
   // Nothing at the end of the input.
   std::optional<Line> Next() {
@@ -46,13 +50,14 @@ class LineReader {
  private:
   bool Fill() {
     DWORD got = 0;
-    if (!::ReadFile(stream_, buffer_, sizeof buffer_, &got, nullptr)) return false;
+    if (!await_() || !::ReadFile(stream_, buffer_, sizeof buffer_, &got, nullptr)) return false;
     begin_ = 0;
     end_ = got;
     return got > 0;
   }
 
   HANDLE stream_;
+  std::function<bool()> await_;
   char buffer_[1 << 16] = {};
   std::size_t begin_ = 0;
   std::size_t end_ = 0;

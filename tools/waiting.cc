@@ -1,7 +1,9 @@
 #include "tools/waiting.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <iterator>
 #include <mutex>
 #include <stop_token>
 #include <string_view>
@@ -62,10 +64,10 @@ void ShowTime(const std::stop_token& stop, const std::string& what) {
 
 // On a thread that Windows makes for it.
 BOOL WINAPI OnInterruption(DWORD type) {
-  const bool again = Interrupted();
-  ::SetEvent(InterruptionEvent());
   {
-    const std::lock_guard lock(console);
+    const std::lock_guard lock(console);  // what this interrupts is what blocks now
+    const bool again = Interrupted();
+    ::SetEvent(InterruptionEvent());
     if (uncertain_after != nullptr) {
       Erase();
       Print(again ? "Encerrado sem o resultado.\n" : *uncertain_after, STD_ERROR_HANDLE);
@@ -89,6 +91,12 @@ bool Interrupted() { return !PauseFor(0); }
 
 bool PauseFor(DWORD milliseconds) {
   return ::WaitForSingleObject(InterruptionEvent(), milliseconds) == WAIT_TIMEOUT;
+}
+
+bool WaitFor(HANDLE object) {
+  const HANDLE objects[] = {InterruptionEvent(), object};
+  return ::WaitForMultipleObjects(DWORD{std::size(objects)}, objects, FALSE, INFINITE) !=
+         WAIT_OBJECT_0;
 }
 
 Waiting::Waiting(std::string what, std::string warning) : warning_(std::move(warning)) {

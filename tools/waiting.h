@@ -18,6 +18,9 @@ bool Interrupted();
 // False when it was cut short by one of them.
 bool PauseFor(DWORD milliseconds);
 
+// Waits until the object is signalled. False when that was cut short by one of them.
+bool WaitFor(HANDLE object);
+
 // Around something that blocks: a line says what is awaited and for how long, and is gone
 // afterwards. Only where the standard error is a console.
 class Waiting {
