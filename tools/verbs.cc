@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/diagnosis_command.h"
 #include "tools/report_verb.h"
 
 namespace caixora {
@@ -13,6 +14,15 @@ constexpr Verb kVerbs[] = {
      "Exemplo:\n"
      "  caixora_host ajuda VendeCreditoVista\n",
      nullptr},
+    {"diagnostico", "[--json] [--pasta <pasta>] [--dll <arquivo>]",
+     "diz o que impediria uma venda ou um fluxo interativo neste computador",
+     "Só lê: não chama o GP nem a biblioteca. Cada linha é um item: OK, AVISO ou FALHA, o que foi\n"
+     "achado e, depois da seta, o que fazer. A última diz se uma venda e se um fluxo interativo\n"
+     "poderiam funcionar. --pasta examina como se o PDV fosse iniciado naquela pasta.\n"
+     "Código de saída: 0 tudo certo, 1 avisos, 2 uma falha.\n\n"
+     "Exemplo:\n"
+     "  caixora_host diagnostico --pasta C:\\caixa\n",
+     RunDiagnosis},
     {"Fluxo", "<os onze argumentos de IniciaFuncaoQJInterativo> [respostas...]",
      "conduz um fluxo interativo do início ao fim",
      "Mostra cada pergunta do Trevix e envia as respostas, na ordem dada. Quando elas acabam, "

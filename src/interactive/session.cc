@@ -19,8 +19,6 @@
 namespace caixora {
 namespace {
 
-constexpr char kStagingFile[] = "\\Resp001_Temp.txt";
-
 // Milliseconds.
 constexpr std::uint32_t kFilePause = 50;  // lets the companion finish with a file, or find one gone
 constexpr std::uint32_t kAfterCancelLine = 150;

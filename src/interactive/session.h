@@ -11,6 +11,9 @@ namespace caixora {
 // One poll for the companion's next text. Never null; empty when there is nothing yet.
 ResultString AwaitQuestion() noexcept;
 
+// The host's answer until it is whole.
+inline constexpr char kStagingFile[] = "\\Resp001_Temp.txt";
+
 // Hands the host's answer to the companion: written under another name first, so that the companion
 // never sees part of an answer. What an interrupted call left under that name stays in front.
 FlowCode AnswerQuestion(const char* sInformacao) noexcept;

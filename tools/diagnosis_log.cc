@@ -1,0 +1,253 @@
+// The checks of the log: its switch, where it lies, and what it says of the last sales.
+#include "support/log.h"
+
+#include <algorithm>
+#include <array>
+
+#include "support/file_helpers.h"
+#include "support/text.h"
+#include "system/file.h"
+#include "tools/diagnosis_checks.h"
+#include "tools/diagnosis_machine.h"
+#include "tools/log_reader.h"
+
+namespace caixora {
+namespace {
+
+constexpr std::string_view kNoLog = "não foi possível criar o log!";
+
+// A log above the rotation by so much has not been moved aside when it should have been.
+constexpr std::uint64_t kTooBig = (kRotationSizeMB + 1) * 1048576ull;
+constexpr std::uint64_t kMuchOld = 1024 * 1048576ull;
+
+// Rotated files that are read for open sales; older ones tell of sales long forgotten.
+constexpr std::size_t kRotatedRead = 3;
+
+std::string RotatedPrefix() {
+  const std::string name = RotatedLogName({});
+  return name.substr(0, name.find('_') + 1);
+}
+
+// Why a switch file that should ask for something switches the log off.
+std::string WhyOff(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return "começa com um BOM: foi salvo como UTF-8";
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+    return "foi salvo como Unicode (UTF-16)";
+  const std::string_view line = bytes.substr(0, bytes.find_first_of("\r\n"));
+  if (Trim(line).empty()) return "tem espaços na primeira linha";
+  if (Trim(line) == "DETALHADO") return "tem espaços antes ou depois de DETALHADO";
+  if (Lowered(Trim(line)) == "detalhado") return "tem letras minúsculas";
+  return "não é vazio nem DETALHADO";
+}
+
+struct LogsRead {
+  std::vector<std::string> names;
+  std::size_t left_out = 0;
+};
+
+void ReadLogsUnder(const std::string& base, Log& log, LogsRead& read, Finding& finding) {
+  const std::string folder = LogFolderUnder(base);
+  std::vector<std::string> names;
+  for (const ListedFile& file : ListFiles(folder, RotatedPrefix())) names.push_back(file.name);
+  if (names.size() > kRotatedRead) {
+    read.left_out += names.size() - kRotatedRead;
+    names.erase(names.begin(), names.end() - kRotatedRead);
+  }
+  if (Look(folder + kLogFile) == Found::kFile) names.emplace_back(kLogFile);
+  for (const std::string& name : names) {
+    const std::string path = folder + name;
+    std::string bytes;
+    File file;
+    SystemError error = file.Open(path, File::Use::kRead);
+    if (error == SystemError::kNone) error = ReadAll(file, bytes);
+    if (error != SystemError::kNone) {
+      finding.Warn(Join({Shown(path), " não pôde ser lido: ", Reason(error), "."}),
+                   "Feche o programa que usa o log, e repita o diagnóstico.");
+      continue;
+    }
+    log.Add(Shown(path), bytes);
+    read.names.push_back(Shown(path));
+  }
+}
+
+std::string CouponOf(const Call& call) {
+  return call.coupon ? "cupom " + std::to_string(*call.coupon) : "cupom desconhecido";
+}
+
+}  // namespace
+
+void JudgeLog(const std::string& base, const Checkout& checkout, Finding& finding) {
+  const std::string folder = LogFolderUnder(base), path = folder + kLogFile;
+  const std::string shown = Shown(folder);
+  const auto broken = [&](const std::string& what, const std::string& remedy) {
+    if (checkout.log_mode == LogMode::kOff)
+      finding.Warn(what + " Com o log desligado em LD.txt, isto ainda não encerra o PDV.", remedy);
+    else
+      finding.Fail(what + " Sem o log, a DLL encerra o PDV na primeira linha que escreve.", remedy);
+  };
+  finding.Note(Join({"O log vai para ", Shown(path), "."}));
+  switch (Look(folder)) {
+    case Found::kFile:
+      return broken(
+          Join({shown, " não pode ser criada: Log é um arquivo, e não uma pasta."}),
+          Join({"Renomeie o arquivo Log em ", Shown(FolderOf(folder)), ". A DLL cria a pasta."}));
+    case Found::kMissing:
+      if (const SystemError error = TryToMakeFolderIn(FolderOf(folder));
+          error != SystemError::kNone)
+        return broken(
+            Join({"A pasta ", shown, " não existe e não pode ser criada: ", Reason(error), "."}),
+            Join({"Veja se ", Shown(FolderOf(folder)),
+                  " existe, e se o usuário do caixa pode criar pastas ali."}));
+      return finding.Note("A pasta ainda não existe; a DLL a cria.");
+    case Found::kFolder:
+      break;
+  }
+
+  const Found found = Look(path);
+  const SystemError error = found == Found::kFolder ? SystemError::kNone
+                            : found == Found::kFile ? File().Open(path, File::Use::kReadAndAppend)
+                                                    : TryToWriteIn(folder);
+  if (found == Found::kFolder)
+    return broken(Join({Shown(path), " é uma pasta, e não um arquivo."}),
+                  Join({"Apague a pasta ", Shown(path), "."}));
+  if (error != SystemError::kNone) {
+    std::string what = Join({Shown(path), " não abre para gravar: ", Reason(error), "."});
+    std::vector<std::string> users = UsersOf(path);
+    for (std::string& user : users) user = Shown(user);
+    if (!users.empty()) what += Join({" Aberto por ", Listed(users), "."});
+    return broken(what, RemedyFor(kNoLog));
+  }
+  if (found == Found::kMissing) return finding.Note("O arquivo ainda não existe; a DLL o cria.");
+
+  File file;
+  std::int64_t size = 0;
+  if (file.Open(path, File::Use::kRead) == SystemError::kNone &&
+      file.SeekToEnd(size) == SystemError::kNone)
+    finding.Note(
+        Join({"Abre para gravar; tem ", Megabytes(static_cast<std::uint64_t>(size)), "."}));
+  file.Close();
+  const std::string limit = std::to_string(kRotationSizeMB) + " MiB";
+  if (static_cast<std::uint64_t>(size) > kTooBig)
+    finding.Warn(Join({"Passou de ", limit,
+                       " e não foi trocado: outro programa o mantém aberto, "
+                       "ou não é permitido renomeá-lo."}),
+                 "Feche o PDV e o programa que usa o log, e renomeie o arquivo à mão.");
+  std::uint64_t total = 0;
+  const std::vector<ListedFile> rotated = ListFiles(folder, RotatedPrefix());
+  for (const ListedFile& old : rotated) total += old.size;
+  if (!rotated.empty())
+    finding.Note(Join(
+        {"Arquivos antigos: ", std::to_string(rotated.size()), ", com ", Megabytes(total), "."}));
+  if (total > kMuchOld)
+    finding.Warn("Os arquivos antigos nunca são apagados pela DLL.",
+                 Join({"Guarde em outro lugar, ou apague, os mais antigos de ", shown, "."}));
+}
+
+Finding CheckLogSwitch(const Checkout& checkout) {
+  Finding finding;
+  const std::string path = kSwitchFile;
+  if (const std::string hidden = WithHiddenExtension(path); !hidden.empty())
+    finding.Warn(
+        Join({"Há um ", Shown(hidden), ", que não conta."}),
+        Join({"Mostre as extensões no Windows, e renomeie ", Shown(hidden), " para ", path, "."}));
+  std::string bytes;
+  const SystemError error = ReadBytes(path, bytes, kSwitchBytes);
+  const std::string start = Join({"LD.txt começa com [", Shown(bytes), "]: "});
+  switch (checkout.log_mode) {
+    case LogMode::kDetailed:
+      finding.Note("LD.txt pede o log detalhado, com as linhas normais e as detalhadas.");
+      break;
+    case LogMode::kOrdinary:
+      if (Look(path) == Found::kMissing)
+        finding.Note("LD.txt não existe; a DLL o cria vazio. Log com as linhas normais.");
+      else if (Look(path) == Found::kFolder)
+        finding.Warn("LD.txt é uma pasta, e não conta. Log com as linhas normais.",
+                     "Apague a pasta LD.txt.");
+      else if (error != SystemError::kNone)
+        finding.Warn(Join({"LD.txt não pode ser lido: ", Reason(error),
+                           ". Log com as linhas normais, seja qual for o conteúdo."}),
+                     "Feche o programa que usa LD.txt, e veja a permissão dele.");
+      else
+        finding.Note("LD.txt está vazio. Log com as linhas normais.");
+      break;
+    case LogMode::kOff:
+      if (error != SystemError::kNone)
+        finding.Warn(
+            Join({"LD.txt abre e não pode ser lido: ", Reason(error), ". O log está desligado."}),
+            "Apague LD.txt; a DLL cria outro.");
+      else
+        finding.Warn(
+            Join({start, WhyOff(bytes), ". O log está desligado: nada é escrito."}),
+            "Deixe LD.txt vazio, ou só com DETALHADO, em maiúsculas, sem espaços. No Bloco "
+            "de Notas, salve com a codificação ANSI.");
+      break;
+  }
+  return finding;
+}
+
+Finding CheckPaymentLog(const Checkout& checkout) {
+  Finding finding;
+  const std::string base = checkout.GpFolder();
+  if (base.empty()) finding.Note("Sem GP, o log fica no diretório atual.");
+  JudgeLog(base, checkout, finding);
+  return finding;
+}
+
+Finding CheckFlowLog(const Checkout& checkout) {
+  Finding finding;
+  if (!checkout.config.path) {
+    finding.Warn("Não verificado: não se sabe a pasta do Trevix.", "Corrija antes o item config.");
+    return finding;
+  }
+  finding.Note("No fluxo interativo, \"Log\" é posto logo atrás do valor de CAMINHO.");
+  JudgeLog(*checkout.config.path, checkout, finding);
+  return finding;
+}
+
+Finding CheckOpenSales(const Checkout& checkout) {
+  Finding finding;
+  Log log;
+  LogsRead read;
+  std::vector<std::string> bases = {""};
+  for (const std::string& base : {checkout.GpFolder(), checkout.config.path.value_or("")})
+    if (std::find(bases.begin(), bases.end(), base) == bases.end()) bases.push_back(base);
+  for (const std::string& base : bases) ReadLogsUnder(base, log, read, finding);
+  if (read.names.empty()) {
+    finding.Note("Não há log para ler: nada se sabe das vendas anteriores.");
+    return finding;
+  }
+  log.Read();
+  finding.Note(Join({"Lidos: ", Listed(read.names), "."}));
+  if (read.left_out > 0)
+    finding.Note(Join({"Arquivos mais antigos, não lidos: ", std::to_string(read.left_out), "."}));
+  const std::vector<OpenSale> open = log.OpenSales();
+  for (const OpenSale& sale : open) {
+    const Call& call = log.calls()[sale.call];
+    const std::string which = Join({call.operation, ", ", CouponOf(call), ", às ",
+                                    ClockText(call.begin), " de ", DateText(call.begin), ": "});
+    switch (sale.why) {
+      case OpenSale::Why::kApproved: {
+        const bool may_go_on = sale.call + 1 == log.calls().size();
+        finding.Add(may_go_on ? Status::kWarning : Status::kFailure,
+                    which + "aprovada, sem confirmação nem desfazimento depois.",
+                    "Veja no PDV se a venda vale. Se vale, chame Confirmar com o cupom dela; se "
+                    "não, Desfazimento.");
+        break;
+      }
+      case OpenSale::Why::kUncertain:
+        finding.Fail(which + "o GP recebeu o pedido, e não se sabe se a aprovou.",
+                     RemedyFor("S;0;FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA"));
+        break;
+      case OpenSale::Why::kMistakenReply:
+        finding.Fail(which +
+                         "respondida pela própria DLL, por causa de um desfecho pendente. Não é "
+                         "uma aprovação.",
+                     RemedyFor("S;2;COMANDO COM SUCESSO"));
+        break;
+    }
+  }
+  if (open.empty()) finding.Note("Nenhuma venda sem desfecho.");
+  return finding;
+}
+
+}  // namespace caixora
