@@ -518,7 +518,7 @@ void Certification::Record(std::size_t step, const Request& request) {
   Seen seen{stage_.TimeOfDay(), Describe(request), {}, {}};
   for (const auto& [key, value] : request.fields())
     if (key != "999-999") seen.fields.emplace_back(key, Shortened(value));
-  stage_.Say("  " + seen.time + " " + seen.text);
+  if (request.Header() == "FLUXO") stage_.Say(seen.time + ' ' + seen.text);
   results_[step].seen.push_back(std::move(seen));
   last_seen_ = {step, results_[step].seen.size() - 1};
 }

@@ -79,15 +79,9 @@ class Reader {
   }
 
   Span Duration(std::string_view text) const {
-    static constexpr std::pair<std::string_view, Span> kUnits[] = {
-        {"ms", Span(1)}, {"s", std::chrono::seconds(1)}, {"min", std::chrono::minutes(1)}};
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
-    for (const auto& [name, length] : kUnits)
-      if (error == std::errc() && unit == name && number >= 0 && number <= 86400)
-        return number * length;
-    Fail(Quoted(text) + " não é um tempo, como 90s, 500ms ou 2min");
+    const std::optional<Span> span = ReadSpan(text);
+    if (!span) Fail(Quoted(text) + " não é um tempo, como 90s, 500ms ou 2min");
+    return *span;
   }
 
   Step& Current(std::string_view word) {
@@ -236,6 +230,28 @@ class Reader {
     return value;
   }
 
+  // A message as an answer holds it. Readers cut values at "=" and find keys at "-".
+  std::string Bytes(const std::string& utf8) const {
+    if (utf8.find_first_of("=-") != std::string::npos)
+      Fail("uma mensagem não leva \"=\" nem \"-\"");
+    std::string bytes;
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+      const auto unit = [&](std::size_t at) {
+        return at < utf8.size() ? static_cast<unsigned char>(utf8[at]) : 0u;
+      };
+      const unsigned first = unit(i);
+      if (first < 0x80) {
+        bytes += utf8[i];
+        continue;
+      }
+      const unsigned code = (first & 0x1Fu) << 6 | (unit(++i) & 0x3Fu);
+      if ((first != 0xC2 && first != 0xC3) || (unit(i) & 0xC0u) != 0x80 || code < 0xA0)
+        Fail("a mensagem tem um caractere que uma resposta não leva");
+      bytes += static_cast<char>(code);
+    }
+    return bytes;
+  }
+
   void ReadPart(Expectation& expectation, std::string_view line) const {
     if (IsFlow(expectation.kind) || IsOutcome(expectation.kind) ||
         expectation.kind == Kind::kQuestion)
@@ -263,8 +279,7 @@ class Reader {
       } else if (word == "comprovante_longo" && answers && part.approved) {
         part.long_receipt = true;
       } else if (word == "mensagem" && answers) {
-        part.message = Needed(std::exchange(line, {}), "a mensagem");
-        if (part.message.find('=') != std::string::npos) Fail("uma mensagem não leva \"=\"");
+        part.message = Bytes(Needed(std::exchange(line, {}), "a mensagem"));
       } else {
         Fail(Quoted(word) + " não vale depois de " + Quoted(verb));
       }
@@ -297,6 +312,18 @@ std::string_view NameOf(std::string_view key) {
   for (const auto& [name, known] : kNames)
     if (known == key) return name;
   return {};
+}
+
+std::optional<Span> ReadSpan(std::string_view text) {
+  static constexpr std::pair<std::string_view, Span> kUnits[] = {
+      {"ms", Span(1)}, {"s", std::chrono::seconds(1)}, {"min", std::chrono::minutes(1)}};
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || number < 0 || number > 86400) return std::nullopt;
+  const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
+  for (const auto& [name, length] : kUnits)
+    if (unit == name) return number * length;
+  return std::nullopt;
 }
 
 Script ReadScript(std::string_view utf8) { return Reader().Read(utf8); }

@@ -47,7 +47,7 @@ struct Part {
   bool long_receipt = false;
   bool closes = false;  // once its answer was read
   Span delay{};         // before it answers or dies
-  std::string message;  // UTF-8; empty: the usual one
+  std::string message;  // in the bytes of an answer; empty: the usual one
 };
 
 struct Expectation {
@@ -87,6 +87,9 @@ struct ScriptError : std::runtime_error {
 };
 
 Script ReadScript(std::string_view utf8);
+
+// "90s", "500ms", "2min"; nothing for any other text.
+std::optional<Span> ReadSpan(std::string_view text);
 
 bool IsFlow(Kind kind);
 bool IsOutcome(Kind kind);

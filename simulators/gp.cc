@@ -8,8 +8,10 @@
 
 #include "programs/console.h"
 #include "simulators/books.h"
+#include "simulators/certification_run.h"
 #include "simulators/gp_keys.h"
 #include "simulators/gp_manager.h"
+#include "simulators/gp_stand_in.h"
 #include "simulators/key_source.h"
 #include "simulators/now.h"
 #include "tools/json_output.h"
@@ -74,26 +76,41 @@ struct Options {
   bool keys = false;
   bool json = false;
   bool books_only = false;
+  bool certifies = false;
   std::string folder;
+  certification::RunOptions run;
 };
 
 std::optional<Options> ReadOptions(int argc, char** argv) {
   Options options;
-  const std::pair<std::string_view, bool*> switches[] = {
-      {"--teclas", &options.keys}, {"--json", &options.json}, {"--livro", &options.books_only}};
+  std::string limit;
+  const std::pair<std::string_view, bool*> switches[] = {{"--teclas", &options.keys},
+                                                         {"--json", &options.json},
+                                                         {"--livro", &options.books_only},
+                                                         {"--roteiro", &options.certifies},
+                                                         {"--auto", &options.run.automatic}};
+  const std::pair<std::string_view, std::string*> values[] = {
+      {"--pasta", &options.folder},         {"--passos", &options.run.steps},
+      {"--resultado", &options.run.result}, {"--programa", &options.run.program},
+      {"--trevix", &options.run.companion}, {"--prazo", &limit}};
+  const auto find = [](const auto& table, std::string_view argument) {
+    return std::ranges::find_if(table, [&](const auto& row) { return row.first == argument; });
+  };
   for (int i = 1; i < argc; ++i) {
-    const std::string_view argument = argv[i];
-    const auto* found =
-        std::ranges::find(switches, argument, &std::pair<std::string_view, bool*>::first);
-    if (found != std::end(switches))
-      *found->second = true;
+    const auto* turned_on = find(switches, argv[i]);
+    const auto* value = find(values, argv[i]);
+    if (turned_on != std::end(switches))
+      *turned_on->second = true;
     else if (::_stricmp(argv[i], "STARTAUTO") == 0)
       options.automatic = true;
-    else if (argument == "--pasta" && i + 1 < argc)
-      options.folder = argv[++i];
+    else if (value != std::end(values) && i + 1 < argc)
+      *value->second = argv[++i];
     else
       return std::nullopt;
   }
+  options.run.program = Utf8(options.run.program);
+  options.run.limit = certification::ReadSpan(limit);
+  if (!limit.empty() && !options.run.limit) return std::nullopt;
   return options;
 }
 
@@ -119,9 +136,12 @@ int Start(int argc, char** argv) {
   if (!options) {
     Print(
         "Uso: clientorvane_simulador [STARTAUTO] [--pasta <pasta de troca>] [--teclas] [--json]\n"
-        "     clientorvane_simulador --livro [--json]\n");
+        "     clientorvane_simulador --livro [--json]\n"
+        "     clientorvane_simulador --roteiro [--auto] [--passos <arquivo>] [--prazo <tempo>]\n"
+        "         [--resultado <base>] [--programa <nome e versão>] [--trevix <pasta>]\n");
     return kUsage;
   }
+  if (StoodIn(options->automatic)) return kEnded;
   std::optional<JsonOutput> json;
   if (options->json) json.emplace();
   const std::string path = OwnFolder() + "\\Livro.txt";
@@ -150,6 +170,12 @@ int Start(int argc, char** argv) {
   // Who starts it by hand begins anew; the library only brings back one that was ended.
   if (!options->automatic) ::DeleteFileA(path.c_str());
   keeper.emplace(path);
+  if (options->certifies) {
+    options->run.folder = options->folder;
+    const int code = certification::Run(options->run, *keeper, report);
+    report();
+    return code;
+  }
   const int code = Serve(*options, *keeper, report);
   if (!options->automatic || options->keys || options->json) report();
   ::Sleep(kExitDelayMs);

@@ -17,6 +17,9 @@ class Director {
  public:
   virtual ~Director() = default;
 
+  // False: the GP counts as closed, and requests stay where they are.
+  virtual bool TakesRequests() { return true; }
+
   // The outcome of this request, which must live until it was answered. Null leaves the choice to
   // the next director, in the end to the cents. Asked again for a request that could not be taken
   // yet.

@@ -62,8 +62,12 @@ const Outcome& Manager::Decide(const Request& request) const {
 }
 
 bool Manager::TakeRequest() {
+  if (!std::ranges::all_of(directors_, &Director::TakesRequests)) return true;
   const std::optional<std::string> record = ReadWhole(request_);
-  if (!record || record == left_alone_) return true;
+  if (!record || record == left_alone_) {
+    if (!record) left_alone_.reset();
+    return true;
+  }
   left_alone_.reset();
   const Request request(*record);
   const Outcome& outcome = Decide(request);

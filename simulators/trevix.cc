@@ -36,6 +36,12 @@ class Companion {
     ::CreateDirectoryA((folder_ + "\\Resp").c_str(), nullptr);
   }
 
+  // A line in the record of flows, such as "retorno status:0".
+  void Note(std::string_view event, std::string_view value = {}) const {
+    AppendLine(folder_ + "\\Trevix_fluxos.txt",
+               std::string(event) + std::string(value.empty() ? "" : " ") + std::string(value));
+  }
+
   void RemoveExchangeFiles() const {
     ::DeleteFileA(question_.c_str());
     ::DeleteFileA(answer_.c_str());
@@ -49,6 +55,7 @@ class Companion {
   // Asks and waits until the question was taken and answered.
   std::optional<std::string> Ask(std::string_view question) const {
     if (!Say(question)) return std::nullopt;
+    Note("pergunta");
     const ULONGLONG asked = ::GetTickCount64();
     while (::GetTickCount64() - asked < kLongestRunMs) {
       ::Sleep(kPollMs);
@@ -56,6 +63,7 @@ class Companion {
       std::optional<std::string> answer = ReadWhole(answer_);
       if (!answer || !::DeleteFileA(answer_.c_str())) continue;
       Print("Resposta: " + Utf8(*answer) + "\n");
+      Note("resposta");
       return answer;
     }
     return std::nullopt;
@@ -90,9 +98,19 @@ const Scenario& FindScenario(std::string_view name) {
   return *scenario;
 }
 
-int RunTransaction(const Companion& companion, const std::vector<std::string>& fields) {
+// The scenario that was laid out for one transaction, else the one of its parameters.
+std::string TakeScenario(const std::string& folder, const std::string& otherwise) {
+  const std::string path = folder + "\\Trevix_cenario.txt";
+  const std::optional<std::string> laid_out = ReadWhole(path);
+  if (!laid_out) return otherwise;
+  ::DeleteFileA(path.c_str());
+  return *laid_out;
+}
+
+int RunTransaction(const Companion& companion, const std::vector<std::string>& fields,
+                   std::string_view chosen) {
   companion.RemoveExchangeFiles();
-  const Scenario& scenario = FindScenario(fields[3]);
+  const Scenario& scenario = FindScenario(chosen);
   std::string answers;
   for (const std::string_view question : scenario.questions) {
     const std::optional<std::string> answer = companion.Ask(question);
@@ -109,6 +127,7 @@ int RunTransaction(const Companion& companion, const std::vector<std::string>& f
   // A result is one line, whatever was answered.
   for (const char end : {'\r', '\n'}) std::ranges::replace(result, end, ' ');
   if (!companion.Say(result)) return kNotWritten;
+  companion.Note("retorno", "status:" + std::string(scenario.status));
   if (scenario.questions.empty()) ::Sleep(kQuickRunMs);
   return kDone;
 }
@@ -117,22 +136,25 @@ int Run(std::string_view line) {
   const std::vector<std::string> fields = SplitFields(line);
   const bool cancels = fields[0] == "800";
   const bool finishes = fields[0] == "99";
-  if (!cancels && !finishes && fields[3] == "imediata") return kDone;
-
   const std::string folder = OwnFolder();
+  const std::string scenario = cancels || finishes ? "" : TakeScenario(folder, fields[3]);
+  if (scenario == "imediata") return kDone;
+
   AppendLine(folder + "\\Trevix_parametros.txt", line);
   Print("Parâmetros: " + Utf8(line) + "\n");
   const Companion companion(folder);
   if (cancels) {
+    companion.Note("cancelamento");
     companion.RemoveExchangeFiles();
     ::Sleep(200);
   } else if (finishes) {
+    companion.Note("fim");
     ::Sleep(300);  // the last exchange stays in place
-  } else if (fields[3] == "longa") {
+  } else {
+    companion.Note("inicio", "valor:" + fields[4]);
+    if (scenario != "longa") return RunTransaction(companion, fields, scenario);
     companion.RemoveExchangeFiles();
     ::Sleep(kLongestRunMs);
-  } else {
-    return RunTransaction(companion, fields);
   }
   return kDone;
 }

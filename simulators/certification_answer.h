@@ -1,0 +1,13 @@
+// The answer of the simulated GP as a step of a certification wants it.
+#pragma once
+
+#include <string>
+
+#include "simulators/certification_script.h"
+
+namespace caixora::certification {
+
+// Gives a composed answer the message of the part, or its long receipt.
+std::string Dressed(std::string answer, const Part& part);
+
+}  // namespace caixora::certification
