@@ -3,6 +3,7 @@ what is linked into them: components.py <build folder> <package folder> <version
 
 What a program takes is read from the linker's map of it and from the compiler's own dependencies;
 versions come from the packages of this machine that the files belong to."""
+import functools
 import hashlib
 import json
 import os
@@ -20,6 +21,7 @@ PROGRAMS = {"Caixora.dll": "bin", "caixora_host.exe": "bin",
             "Email.exe": "simuladores"}
 
 
+@functools.cache
 def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 

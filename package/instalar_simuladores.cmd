@@ -46,7 +46,7 @@ set /p "resposta=Instalar? (S/N) "
 echo.
 if not defined resposta goto :nada_mudou
 set "resposta=%resposta:"=%"
-if /i not "%resposta%"=="S" goto :nada_mudou
+if /i not "%resposta:~0,1%"=="S" goto :nada_mudou
 
 set "sem_log=1"
 if exist C:\TrevixLog set "sem_log="
