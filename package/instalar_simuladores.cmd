@@ -185,7 +185,8 @@ for /f "usebackq tokens=1" %%a in ("C:\Trevix\%registro%") do if "%%a"=="TrevixL
 if defined com_log call :apaga C:\TrevixLog Caixora.log Caixora_??????????????.log
 call :apaga C:\Trevix\Req Req001.txt
 call :apaga C:\Trevix\Resp Resp001.txt
-call :apaga C:\Trevix Trevix_parametros.txt Email_recebido.txt Req001_Temp.txt Resp001_Temp.txt %registro%
+call :apaga C:\Trevix Trevix_parametros.txt Trevix_fluxos.txt Trevix_cenario.txt Email_recebido.txt
+call :apaga C:\Trevix Req001_Temp.txt Resp001_Temp.txt %registro%
 goto :eof
 
 rem A pasta, os arquivos que saem dela; depois a pasta, se nada mais está nela.

@@ -47,27 +47,22 @@ llvm-dlltool --machine i386:x86-64 --input-def src/api/caixora.def --dllname Cai
 
 python3 package/components.py "$build" "$content" "$version"
 
-# Folders have the names of the package, and so do the links.
-page() {  # title result folder-of-pictures, Markdown on the standard input
+# Folders have the names of the package, pages those of this folder, and so do the links.
+page() {  # title result folder-of-pictures [language], Markdown on the standard input
   sed 's/^<!-- .* -->$//; s#\.\./simulators/README\.md#simuladores.html#g
-       s#\.\./README[^ )]*\.md#../LEIA-ME.txt#g; s#\bexamples/#exemplos/#g
-       s#\.\./CHANGELOG\.md#CHANGELOG.md#g' |
+       s#\bexamples/#exemplos/#g; s#](\([a-z-]*\)\.md#](\1.html#g' |
     pandoc --from gfm --to html5 --standalone --self-contained --metadata "pagetitle=$1" \
       --metadata lang="${4:-pt-BR}" --css "$project/package/documento.css" \
-      --resource-path "$3" --output "$content/docs/$2"
+      --resource-path "$3" --output "$content/docs/$2.html"
 }
 if [ -n "$documents" ]; then
-  # One page: the guide, then the two that it leads to.
-  for part in guia o-que-certificar glossario-do-log; do
-    cat "docs/$part.md"
-    echo
-  done | sed 's/(o-que-certificar\.md)/(#o-que-certificar)/g
-    s/(glossario-do-log\.md)/(#glossário-do-log)/g; s/(guia\.md#/(#/g' |
-    page "Caixora $version: guia do integrador" guia.html docs
+  for document in guia o-que-certificar glossario-do-log; do
+    page "Caixora $version: $(sed -n '1s/^# //p' docs/$document.md)" $document docs \
+      <docs/$document.md
+  done
   weasyprint --quiet "$content/docs/guia.html" "$content/docs/guia.pdf"
-  page "Simuladores da Caixora $version" simuladores.html simulators <simulators/README.md
-  python3 package/header_page.py include/caixora.h |
-    page "caixora.h $version" caixora_h.html include en
+  page "Simuladores da Caixora $version" simuladores simulators <simulators/README.md
+  python3 package/header_page.py include/caixora.h | page "caixora.h $version" caixora_h include en
 fi
 
 (cd "$build" && cpack --config CPackConfig.cmake >cpack.log) || { cat "$build/cpack.log"; exit 1; }

@@ -55,8 +55,9 @@ expect({"CLI11", "nlohmann-json"} <= set(links["bin/caixora_host.exe"]), "caixor
 expect({ref for refs in links.values() for ref in refs} <= set(components), "unknown components")
 
 if "documents" in sys.argv[3:]:
-    pages = {page: (package / "docs" / page).read_text(encoding="utf-8")
-             for page in ("guia.html", "simuladores.html", "caixora_h.html")}
+    pages = {page.name: page.read_text(encoding="utf-8")
+             for page in (package / "docs").glob("*.html")}
+    expect({"guia.html", "simuladores.html", "caixora_h.html"} <= set(pages), "pages")
     for page, text in pages.items():
         anchors = set(re.findall(r'\bid="([^"]+)"', text))
         for link in re.findall(r'\b(?:href|src)="([^"]+)"', text):
