@@ -76,14 +76,19 @@ void DescribeOptions(CLI::App& app, Options& options, std::string& finish) {
                   " Todas: caixora_host --ajuda");
 }
 
-// The help that the commands ask for; empty when they ask for none.
+// The help that the commands ask for; empty when they ask for none. The arguments of a function may
+// be any text: only where it is the first and last one is it a question.
 std::string HelpAskedFor(const std::vector<std::string>& commands) {
-  if (Resolve(commands.front()) == kHelpVerb) {
+  const std::string name = Resolve(commands.front());
+  if (name == kHelpVerb) {
     if (commands.size() > 2) throw ErroDeUso("ajuda: falta uma função só");
     return commands.size() == 2 ? HelpFor(commands[1]) : std::string();
   }
-  return commands.size() == 2 && AsksForHelp(commands[1]) ? HelpFor(commands.front())
-                                                          : std::string();
+  const Verb* const verb = FindVerb(name);
+  const bool options = verb != nullptr && verb->run != nullptr;
+  if (!options && commands.size() != 2) return {};
+  const bool asked = std::any_of(commands.begin() + 1, commands.end(), AsksForHelp);
+  return asked ? HelpFor(name) : std::string();
 }
 
 }  // namespace

@@ -25,9 +25,11 @@ constexpr Verb kVerbs[] = {
      RunDiagnosis},
     {"Fluxo", "<os onze argumentos de IniciaFuncaoQJInterativo> [respostas...]",
      "conduz um fluxo interativo do início ao fim",
-     "Mostra cada pergunta do Trevix e envia as respostas, na ordem dada. Quando elas acabam, "
-     "pede\n"
-     "uma por linha no teclado ou na entrada. A resposta \"cancelar\" abandona o fluxo.\n\n"
+     "Mostra cada pergunta do Trevix e envia as respostas, na ordem dada. Quando elas acabam, uma\n"
+     "por linha: do teclado, ou da entrada, em UTF-8. A resposta \"cancelar\" e Ctrl-C cancelam o\n"
+     "fluxo; o fim da entrada e uma resposta que não pode ser enviada, também. Com o retorno, o\n"
+     "fluxo é encerrado com a função 99, a do Trevix simulado; --funcao-fim <n>, antes de Fluxo,\n"
+     "indica outra.\n\n"
      "Exemplo:\n"
      "  caixora_host Fluxo 20 11.222.333/0001-81 1 \"\" 12,50 000545 20210325 009 652 7 \"\" 3 1\n",
      nullptr},
