@@ -75,15 +75,13 @@ void Books::Add(std::string_view line) {
   const auto [time, kind, header, subtype, coupon, cents] = Columns(line);
   const bool taken = kind == kTaken;
   if (kind == kApproves || kind == kRefuses) {
-    if (std::exchange(awaits_answer_, false))
-      sales_.back().fate = kind == kApproves ? Fate::kApproved : Fate::kRefused;
+    if (awaits_answer_) sales_.back().fate = kind == kApproves ? Fate::kApproved : Fate::kRefused;
   } else if (taken && (header == "CNF" || header == "NCN")) {
-    awaits_answer_ = false;
     Settle(time, coupon, header == "CNF");
   } else if (taken || kind == kLeftAlone) {
     const Operation* operation = FindOperation(header, subtype);
-    awaits_answer_ = taken && operation != nullptr && operation->posting != Posting::kNone;
-    if (operation != nullptr && operation->posting != Posting::kNone)
+    awaits_answer_ = operation != nullptr && operation->posting != Posting::kNone;
+    if (awaits_answer_)
       Open({time, operation, coupon, cents, taken ? Fate::kUnanswered : Fate::kLeft, {}});
   }
 }
@@ -123,25 +121,23 @@ Books::Sale* Books::ForOutcome(std::string_view coupon) {
 
 void Books::Settle(std::string_view time, std::string_view coupon, bool confirmed) {
   const std::string_view outcome = confirmed ? kConfirmed : kUndone;
+  const std::string what = std::string(outcome) + " " + Clock(time);
   Sale* sale = ForOutcome(coupon);
   if (sale == nullptr) {
-    noted_.push_back(
-        {"desfecho_sem_venda", std::string(coupon), std::string(time),
-         std::string(outcome) + " " + Clock(time) + ", e o GP não recebeu venda com esse cupom"});
+    noted_.push_back({"desfecho_sem_venda", std::string(coupon), std::string(time),
+                      what + ", e o GP não recebeu venda com esse cupom"});
     return;
   }
-  const std::string what = std::string(outcome) + " " + Clock(time);
   // Who was ended before the answer undoes without knowing it: only a confirmation is wrong there.
-  if (sale->fate == Fate::kRefused && confirmed)
+  if (!sale->outcomes.empty())
+    noted_.push_back(
+        About(*sale, "dois_desfechos", "já " + std::string(sale->outcomes.back()) + ", e " + what));
+  else if (confirmed && sale->fate == Fate::kRefused)
     noted_.push_back(About(*sale, "recusa_confirmada", "recusada, e " + what));
-  if (sale->fate == Fate::kLeft && confirmed)
-    noted_.push_back(About(*sale, "desfecho_sem_venda", what + ", e o GP não retirou o pedido"));
-  if (sale->fate == Fate::kUnanswered && confirmed && sale->outcomes.empty())
+  else if (confirmed && sale->fate == Fate::kUnanswered)
     noted_.push_back(About(*sale, "desfecho_sem_venda", what + ", e o GP não respondeu ao pedido"));
-  if (sale->fate == Fate::kApproved || sale->fate == Fate::kUnanswered)
-    if (!sale->outcomes.empty())
-      noted_.push_back(About(*sale, "dois_desfechos",
-                             "já " + std::string(sale->outcomes.back()) + ", e " + what));
+  else if (confirmed && sale->fate == Fate::kLeft)
+    noted_.push_back(About(*sale, "desfecho_sem_venda", what + ", e o GP não retirou o pedido"));
   sale->outcomes.push_back(outcome);
 }
 

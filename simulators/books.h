@@ -71,7 +71,7 @@ class Books {
   std::vector<Sale> sales_;
   std::map<std::string, std::vector<std::size_t>, std::less<>> of_coupon_;
   std::vector<Finding> noted_;
-  bool awaits_answer_ = false;  // the last of the sales does
+  bool awaits_answer_ = false;  // the next answer is to the last of the sales
 };
 
 }  // namespace caixora::gp

@@ -24,7 +24,7 @@ BOOL WINAPI AskForEnd(DWORD event) {
 std::optional<char> NextOfConsole(HANDLE input) {
   INPUT_RECORD record;
   DWORD count = 0;
-  while (::GetNumberOfConsoleInputEvents(input, &count) && count != 0 &&
+  while (::PeekConsoleInputW(input, &record, 1, &count) && count != 0 &&
          ::ReadConsoleInputW(input, &record, 1, &count) && count != 0) {
     const KEY_EVENT_RECORD& key = record.Event.KeyEvent;
     if (record.EventType == KEY_EVENT && key.bKeyDown && key.uChar.UnicodeChar > 0 &&

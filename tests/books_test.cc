@@ -48,7 +48,9 @@ TEST(Books, FindWhatDoesNotComeOutEven) {
       {"NCN 2", "desfecho_sem_venda 2"},
       {"CRT/0 1 1000 +, CNF 1, CNF 1", "dois_desfechos 1"},
       {"CRT/0 1 1000 +, CNF 1, NCN 1, NCN 1", "dois_desfechos 1, dois_desfechos 1"},
+      {"CRT/0 1 1000 +, CNF 1 !", "sem_desfecho 1"},
       {"CRT/0 1 1002 -, CNF 1", "recusa_confirmada 1"},
+      {"CRT/0 1 1002 -, CNF 1, CNF 1", "recusa_confirmada 1, dois_desfechos 1"},
       {"CRT/0 1 1002 -, NCN 1", ""},  // from a journal: the PDV was ended before the answer
       // No answer: to be undone, and not to be confirmed.
       {"CRT/0 1 1003", "sem_resposta 1"},
