@@ -18,7 +18,7 @@ for argument in "$@"; do
   esac
 done
 
-install_missing
+install_missing chromium
 build native
 build windows
 make_prefix

@@ -314,11 +314,10 @@ bool IsLocalAnswer(std::string_view result) {
 
 // Of the clock's two whole seconds and the waits that were counted: the waits where the clock does
 // not contradict them.
-std::int32_t Estimate(LogTime begin, LogTime end, std::int64_t waits_ms) {
+std::int64_t Estimate(LogTime begin, LogTime end, std::int64_t waits_ms) {
   const std::int64_t clock_ms = std::max<std::int64_t>(end - begin, 0) * 1000;
   const bool agrees = waits_ms > clock_ms - 1000 && waits_ms < clock_ms + 1000;
-  return static_cast<std::int32_t>(std::min<std::int64_t>(
-      agrees ? waits_ms : clock_ms, std::numeric_limits<std::int32_t>::max()));
+  return agrees ? waits_ms : clock_ms;
 }
 
 // A call while its lines come in.
@@ -592,27 +591,19 @@ class Follower {
                                : progress.function == FlowFunction::kWait ? FailurePlace::kWait
                                                                           : FailurePlace::kFlow;
     auto found = FindByLogLine(place, message);
-    if (found.size() > 1)  // which of the two follows from how far the call was
-      std::erase_if(found, [&](const Failure* failure) {
-        return failure->result == (call.request_written ? kFailedBefore : kFailedSince);
-      });
+    // Where the GP could see the request, the host is not told to repeat it.
+    if (call.request_written)
+      std::erase_if(found, [](const Failure* one) { return one->result == kFailedBefore; });
     if (found.empty()) return;
     call.failures = std::move(found);
     call.outcome = Outcome::kLocalFailure;
     call.ends_in_log = true;
     progress.ended = !in_flow;
     if (progress.function == FlowFunction::kStart) progress.closed = true;
-    SetResultOfFailure(call, message);
-  }
-
-  // The result that the failure's row names; where it leaves the rest open, the rest of the line.
-  static void SetResultOfFailure(Call& call, std::string_view message) {
+    call.result.clear();
+    if (call.failures.size() > 1) return;
     call.result = call.failures.front()->result;
-    if (!call.result.ends_with('*')) return;
-    call.result.resize(call.result.size() - 1);
-    for (const std::string_view pattern : call.failures.front()->log_lines)
-      if (pattern.ends_with('*') && Matches(pattern, message))
-        call.result.append(message.substr(pattern.size() - 1));
+    if (call.result.ends_with('*')) call.result.replace(call.result.size() - 1, 1, "…");
   }
 
   void Conclude(Progress& progress) {
@@ -623,7 +614,7 @@ class Follower {
     const LogTime handed_over = progress.handed_over == kNoTime ? end : progress.handed_over;
     const LogTime taken = progress.taken == kNoTime ? end : progress.taken;
     const LogTime answered = progress.answered == kNoTime ? end : progress.answered;
-    const auto set = [&](CallPhase phase, std::int32_t ms) {
+    const auto set = [&](CallPhase phase, std::int64_t ms) {
       call.phase_ms[static_cast<std::size_t>(phase)] += ms;
     };
     const bool cleaned = call.begins_in_log && progress.step >= kChecking;
@@ -721,7 +712,7 @@ std::string_view PhaseName(CallPhase phase) {
 
 std::int64_t Call::TotalMs() const {
   std::int64_t total = 0;
-  for (const std::int32_t ms : phase_ms) total += ms;
+  for (const std::int64_t ms : phase_ms) total += ms;
   return total;
 }
 
@@ -757,31 +748,29 @@ void Log::Read() {
   Follower(lines_, calls_).FollowAll();
 }
 
-// By time, and the lines of a file in their order, whatever its clock did.
+// By time, and the lines of a file in their order, whatever its clock did. Of files that have the
+// same second, the one that begins earlier comes first, or else the one that ends earlier.
 void Log::SortLines() {
-  struct Place {
-    LogTime time, first;
-    Index line;
-  };
-  std::vector<LogTime> first(files_.size(), kNoTime);
+  std::vector<std::pair<LogTime, LogTime>> spans(files_.size(), {kNoTime, kNoTime});
+  for (const LogLine& line : lines_) {
+    auto& [first, last] = spans[line.file];
+    if (first == kNoTime) first = line.time;
+    last = std::max(last, line.time);
+  }
+  using Place = std::tuple<LogTime, std::pair<LogTime, LogTime>, Index>;
   std::vector<LogTime> latest(files_.size(), kNoTime);
   std::vector<Place> places;
   places.reserve(lines_.size());
-  for (const LogLine& line : lines_)
-    if (line.time != kNoTime && first[line.file] == kNoTime) first[line.file] = line.time;
   for (Index i = 0; i < lines_.size(); ++i) {
-    LogTime& time = latest[lines_[i].file];
-    time = std::max({time, lines_[i].time, first[lines_[i].file]});
-    places.push_back({time, first[lines_[i].file], i});
+    const std::uint16_t file = lines_[i].file;
+    latest[file] = std::max({latest[file], lines_[i].time, spans[file].first});
+    places.emplace_back(latest[file], spans[file], i);
   }
-  const auto earlier = [](const Place& a, const Place& b) {
-    return std::tie(a.time, a.first, a.line) < std::tie(b.time, b.first, b.line);
-  };
-  if (std::ranges::is_sorted(places, earlier)) return;
-  std::ranges::sort(places, earlier);
+  if (std::ranges::is_sorted(places)) return;
+  std::ranges::sort(places);
   std::vector<LogLine> sorted;
   sorted.reserve(lines_.size());
-  for (const Place& place : places) sorted.push_back(lines_[place.line]);
+  for (const Place& place : places) sorted.push_back(lines_[std::get<Index>(place)]);
   lines_ = std::move(sorted);
 }
 

@@ -80,7 +80,8 @@ struct Call {
 
   Outcome outcome = Outcome::kUnfinished;
   // What the host got: "S;1;APROVADA", or an interactive code ("33"), a text of the companion. For
-  // a call that the library ended it is concluded from the lines. Empty: unknown.
+  // a call that the library ended it is concluded from the lines, "…" for what they leave open.
+  // Empty: unknown.
   std::string result;
   std::vector<const Failure*> failures;  // what did not go well; several: one of them
 
@@ -91,7 +92,7 @@ struct Call {
   std::string_view local_reply;
 
   LogTime begin = kNoTime, end = kNoTime;
-  std::array<std::int32_t, kCallPhases> phase_ms{};  // to a second, better where waits were counted
+  std::array<std::int64_t, kCallPhases> phase_ms{};  // to a second, better where waits were counted
   std::string_view version;
   std::vector<std::uint32_t> lines;  // indices
 

@@ -104,6 +104,9 @@ std::string ReadFile(const fs::path& path) {
   return bytes;
 }
 
+// A page of ours holds lines of a log, and is none.
+bool IsPage(std::string_view bytes) { return bytes.starts_with("<!DOCTYPE"); }
+
 void WritePage(const Request& request, const Log& log) {
   for (const fs::path& input : request.logs) {
     std::error_code ignored;
@@ -123,7 +126,8 @@ int RunReport(std::span<const std::string> arguments, std::ostream& out, std::os
     const Request request = ParseArguments(arguments);
     Log log;
     for (const fs::path& path : request.logs)
-      if (!log.Add(Utf8(path.filename()), ReadFile(path)))
+      if (const std::string bytes = ReadFile(path);
+          IsPage(bytes) || !log.Add(Utf8(path.filename()), bytes))
         throw std::runtime_error("Não é um log da Caixora: " + Utf8(path));
     log.Read();
     WritePage(request, log);
