@@ -40,12 +40,19 @@ std::string WhyOff(std::string_view bytes) {
   return "não é vazio nem DETALHADO";
 }
 
+std::string Absolute(const std::string& path, const Checkout& checkout) {
+  const bool relative = path.size() < 2 || (path[1] != ':' && !path.starts_with("\\\\"));
+  if (path == ".") return checkout.folder;
+  return relative ? Join({checkout.folder, "\\", path}) : path;
+}
+
 struct LogsRead {
   std::vector<std::string> names;
   std::size_t left_out = 0;
 };
 
-void ReadLogsUnder(const std::string& base, Log& log, LogsRead& read, Finding& finding) {
+void ReadLogsUnder(const std::string& base, const Checkout& checkout, Log& log, LogsRead& read,
+                   Finding& finding) {
   const std::string folder = LogFolderUnder(base);
   std::vector<std::string> names;
   for (const ListedFile& file : ListFiles(folder, RotatedPrefix())) names.push_back(file.name);
@@ -65,8 +72,9 @@ void ReadLogsUnder(const std::string& base, Log& log, LogsRead& read, Finding& f
                    "Feche o programa que usa o log, e repita o diagnóstico.");
       continue;
     }
-    log.Add(Shown(path), bytes);
-    read.names.push_back(Shown(path));
+    const std::string shown = Shown(Absolute(path, checkout));
+    log.Add(shown, bytes);
+    read.names.push_back(shown);
   }
 }
 
@@ -78,26 +86,26 @@ std::string CouponOf(const Call& call) {
 
 void JudgeLog(const std::string& base, const Checkout& checkout, Finding& finding) {
   const std::string folder = LogFolderUnder(base), path = folder + kLogFile;
-  const std::string shown = Shown(folder);
+  const std::string shown = Shown(Absolute(folder, checkout));
+  const std::string shown_file = shown + kLogFile,
+                    parent = Shown(Absolute(FolderOf(folder), checkout));
   const auto broken = [&](const std::string& what, const std::string& remedy) {
     if (checkout.log_mode == LogMode::kOff)
       finding.Warn(what + " Com o log desligado em LD.txt, isto ainda não encerra o PDV.", remedy);
     else
       finding.Fail(what + " Sem o log, a DLL encerra o PDV na primeira linha que escreve.", remedy);
   };
-  finding.Note(Join({"O log vai para ", Shown(path), "."}));
+  finding.Note(Join({"O log vai para ", shown_file, "."}));
   switch (Look(folder)) {
     case Found::kFile:
-      return broken(
-          Join({shown, " não pode ser criada: Log é um arquivo, e não uma pasta."}),
-          Join({"Renomeie o arquivo Log em ", Shown(FolderOf(folder)), ". A DLL cria a pasta."}));
+      return broken(Join({shown, " não pode ser criada: Log é um arquivo, e não uma pasta."}),
+                    Join({"Renomeie o arquivo Log em ", parent, ". A DLL cria a pasta."}));
     case Found::kMissing:
       if (const SystemError error = TryToMakeFolderIn(FolderOf(folder));
           error != SystemError::kNone)
         return broken(
             Join({"A pasta ", shown, " não existe e não pode ser criada: ", Reason(error), "."}),
-            Join({"Veja se ", Shown(FolderOf(folder)),
-                  " existe, e se o usuário do caixa pode criar pastas ali."}));
+            Join({"Veja se ", parent, " existe, e se o usuário do caixa pode criar pastas ali."}));
       return finding.Note("A pasta ainda não existe; a DLL a cria.");
     case Found::kFolder:
       break;
@@ -108,10 +116,10 @@ void JudgeLog(const std::string& base, const Checkout& checkout, Finding& findin
                             : found == Found::kFile ? File().Open(path, File::Use::kReadAndAppend)
                                                     : TryToWriteIn(folder);
   if (found == Found::kFolder)
-    return broken(Join({Shown(path), " é uma pasta, e não um arquivo."}),
-                  Join({"Apague a pasta ", Shown(path), "."}));
+    return broken(Join({shown_file, " é uma pasta, e não um arquivo."}),
+                  Join({"Apague a pasta ", shown_file, "."}));
   if (error != SystemError::kNone) {
-    std::string what = Join({Shown(path), " não abre para gravar: ", Reason(error), "."});
+    std::string what = Join({shown_file, " não abre para gravar: ", Reason(error), "."});
     std::vector<std::string> users = UsersOf(path);
     for (std::string& user : users) user = Shown(user);
     if (!users.empty()) what += Join({" Aberto por ", Listed(users), "."});
@@ -211,7 +219,7 @@ Finding CheckOpenSales(const Checkout& checkout) {
   std::vector<std::string> bases = {""};
   for (const std::string& base : {checkout.GpFolder(), checkout.config.path.value_or("")})
     if (std::find(bases.begin(), bases.end(), base) == bases.end()) bases.push_back(base);
-  for (const std::string& base : bases) ReadLogsUnder(base, log, read, finding);
+  for (const std::string& base : bases) ReadLogsUnder(base, checkout, log, read, finding);
   if (read.names.empty()) {
     finding.Note("Não há log para ler: nada se sabe das vendas anteriores.");
     return finding;

@@ -1,4 +1,6 @@
 // What the checks share: texts for people, and looks at files and folders.
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <utility>
 
@@ -130,13 +132,14 @@ SystemError ReadBytes(const std::string& path, std::string& bytes, std::size_t m
   File file;
   if (const SystemError error = file.Open(path, File::Use::kRead); error != SystemError::kNone)
     return error;
-  bytes.resize(most);
-  std::size_t size = 0;
-  for (std::size_t taken = 1; taken > 0 && size < most; size += taken)
-    if (const SystemError error = file.Read(bytes.data() + size, most - size, taken);
+  std::array<char, 65536> chunk;
+  for (std::size_t taken = 1; taken > 0 && bytes.size() < most;) {
+    const std::size_t wanted = std::min(chunk.size(), most - bytes.size());
+    if (const SystemError error = file.Read(chunk.data(), wanted, taken);
         error != SystemError::kNone)
       return error;
-  bytes.resize(size);
+    bytes.append(chunk.data(), taken);
+  }
   return SystemError::kNone;
 }
 
