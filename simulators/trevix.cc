@@ -109,7 +109,6 @@ std::string TakeScenario(const std::string& folder, const std::string& otherwise
 
 int RunTransaction(const Companion& companion, const std::vector<std::string>& fields,
                    std::string_view chosen) {
-  companion.RemoveExchangeFiles();
   const Scenario& scenario = FindScenario(chosen);
   std::string answers;
   for (const std::string_view question : scenario.questions) {
@@ -140,20 +139,20 @@ int Run(std::string_view line) {
   const std::string scenario = cancels || finishes ? "" : TakeScenario(folder, fields[3]);
   if (scenario == "imediata") return kDone;
 
+  const Companion companion(folder);
+  if (!finishes) companion.RemoveExchangeFiles();  // at the end the last exchange stays in place
+  // Whoever sees the line finds the folders ready.
   AppendLine(folder + "\\Trevix_parametros.txt", line);
   Print("Parâmetros: " + Utf8(line) + "\n");
-  const Companion companion(folder);
   if (cancels) {
     companion.Note("cancelamento");
-    companion.RemoveExchangeFiles();
     ::Sleep(200);
   } else if (finishes) {
     companion.Note("fim");
-    ::Sleep(300);  // the last exchange stays in place
+    ::Sleep(300);
   } else {
     companion.Note("inicio", "valor:" + fields[4]);
     if (scenario != "longa") return RunTransaction(companion, fields, scenario);
-    companion.RemoveExchangeFiles();
     ::Sleep(kLongestRunMs);
   }
   return kDone;
