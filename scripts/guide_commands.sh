@@ -47,7 +47,7 @@ known_elsewhere() {
 }
 
 failed=0 count=0
-declare -A compilers  # beside the rest, which mostly waits
+declare -A compilers=()  # beside the rest, which mostly waits
 check() {  # command, status, expected, what it said
   count=$((count + 1))
   [ "$2" -ne "$3" ] || return 0
