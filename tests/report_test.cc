@@ -153,6 +153,42 @@ TEST(Log, SortsFilesAndJoinsWhatTheyCut) {
   }
 }
 
+std::string Joined(const std::vector<std::string>& lines, std::size_t begin, std::size_t end) {
+  std::string bytes;
+  for (; begin < end; ++begin) bytes += lines[begin];
+  return bytes;
+}
+
+// The first call of a process begins in the current folder's log, and goes on in the GP's.
+TEST(Log, JoinsACallOfTwoLogs) {
+  const Writer older = Calls(Sale(16), false, -86400000);
+  const Writer sale = Calls(Sale(17), false);
+  Log log;
+  log.Add("atual.log", sale.lines[0]);
+  log.Add("Caixora.log", older.log + Joined(sale.lines, 1, sale.lines.size()));
+  log.Read();
+  ASSERT_EQ(log.calls().size(), 2u);
+  EXPECT_EQ(log.calls()[1].lines.size(), sale.lines.size());
+}
+
+TEST(Log, LeavesACallThatStops) {
+  for (const bool detailed : {false, true}) {
+    const Writer next = Calls(Sale(18), detailed, 20000);
+    const Writer killed = Calls(Sale(17), detailed);
+    const auto waits = std::ranges::find_if(
+        killed.lines, [](const std::string& line) { return line.find("AGUARDANDO") != line.npos; });
+    const auto stop = static_cast<std::size_t>(waits - killed.lines.begin()) + 1;
+    Log log;
+    log.Add("Caixora.log", Joined(killed.lines, 0, stop) + next.log);
+    log.Read();
+    ASSERT_EQ(log.calls().size(), 2u);
+    EXPECT_EQ(log.calls()[0].lines.size(), stop);
+    EXPECT_EQ(log.calls()[0].failures,
+              std::vector{FindByResult("(sem retorno, depois do pedido)")});
+    EXPECT_EQ(log.OpenSales().size(), 2u);
+  }
+}
+
 TEST(Log, KnowsOpenSales) {
   const std::string dies = "; gp cala; quando +200: solta Pavolin.exe; VendeCredito $C $P 1 19 3";
   const std::tuple<std::string, int, std::string> kDays[] = {
@@ -161,6 +197,8 @@ TEST(Log, KnowsOpenSales) {
       {Sale(17) + "; Desfazimento $C $P 17", 0, ""},
       {Sale(17) + "; Confirmar $C $P 18", 17, "aprovada"},
       {Sale(17) + "; Confirmar 1 $P 17", 17, "aprovada"},
+      {Sale(17) + "; tranca $RESP; quando 2x +200: solta Pavolin.exe; Confirmar $C $P 17", 17,
+       "aprovada"},
       {Sale(17, "5"), 0, ""},
       {"gp responde 030-000 = OK" + dies, 19, "falha local"},
       {"gp cala; Confirmar 1 $P 17; VendeCredito $C $P 1 19 3", 19, "resposta local"},
