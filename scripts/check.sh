@@ -54,9 +54,10 @@ done
 { clang --target=i686-w64-mingw32 -isystem /usr/x86_64-w64-mingw32/include -fsyntax-only -x c \
   include/caixora.h || true; } 2>&1 | grep -q 'error: "Caixora.dll is for 64-bit hosts'
 
-echo '== the guide shows the examples as they are, its glossary every line of the log'
+echo '== the guide shows the examples as they are, its glossary every line of the log; no dead link'
 scripts/guide.sh --confere
 scripts/glossary.py
+scripts/links.py
 
 echo '== imports of the DLL: system libraries alone'
 build windows caixora
