@@ -102,7 +102,13 @@ std::string Describe(const Request& request) {
   };
   std::string text;
   if (request.Header() == "FLUXO") {
+    constexpr std::pair<std::string_view, std::string_view> kEvents[] = {
+        {"inicio", "o início de um fluxo"},  {"pergunta", "uma pergunta do fluxo"},
+        {"resposta", "uma resposta do PDV"}, {"retorno", "o retorno do fluxo"},
+        {"fim", "a finalização do fluxo"},   {"cancelamento", "o cancelamento do fluxo"}};
     const std::string_view event = request.Value("fluxo_evento");
+    for (const auto& [name, description] : kEvents)
+      if (name == event) return std::string(description);
     return "fluxo: " + std::string(event);
   }
   for (const auto& [header, name] : kHeaders)
@@ -507,7 +513,7 @@ void Certification::OnFlow(const Request& event, Moment now) {
   if (IsOf(awaited.kind, event)) {
     Fail(step, Mismatch(awaited, event));
   } else if (IsFlow(awaited.kind)) {
-    Fail(step, Describe(event) + " em vez de " + Describe(awaited));
+    Fail(step, "esperava-se " + Describe(awaited) + ", e chegou " + Describe(event));
   } else {
     return Fail(step, "chegou " + Describe(event) + ", que o passo não pede");
   }

@@ -129,6 +129,7 @@ class Director : public gp::Director, public Stage {
   }
 
   std::optional<int> Tick(Moment now) override {
+    Print(std::exchange(said_, {}));
     if (const bool runs = stand_in_.Runs(); runs != gp_runs_) {
       gp_runs_ = runs;
       if (runs) run_.OnGpStarted();
@@ -158,7 +159,8 @@ class Director : public gp::Director, public Stage {
     WriteTo(file.get(), name);
   }
   std::string TimeOfDay() override { return Now("%H:%M:%S"); }
-  void Say(std::string_view line) override { Print(std::string(line) + '\n'); }
+  // Shown behind the lines of the GP that it is about.
+  void Say(std::string_view line) override { said_.append(line) += '\n'; }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -200,7 +202,7 @@ class Director : public gp::Director, public Stage {
     ::DeleteFileA((options_.companion + "\\Trevix_cenario.txt").c_str());
     circumstances_.ended = Now(kDate);
     ReadVersions();
-    Print('\n' + Text(run_, circumstances_));
+    Print(said_ + '\n' + Text(run_, circumstances_));
     const std::string base =
         options_.result.empty() ? Now("certificacao-%Y%m%d-%H%M%S") : options_.result;
     const std::string json =
@@ -226,6 +228,7 @@ class Director : public gp::Director, public Stage {
   gp::StandIn stand_in_;
   std::string request_ = options_.folder + "\\Req\\intpos.001";
   bool gp_runs_ = false;
+  std::string said_;
   Tail flows_;
   Tail log_;
   Circumstances circumstances_;

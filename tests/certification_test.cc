@@ -279,11 +279,11 @@ const Variation kVariations[] = {
     {"abandons a flow",
      {"fluxo retorno fluxo_status=0", "fluxo fim"},
      {"fluxo cancelamento"},
-     {"fluxo_confirmado: fluxo: cancelamento em vez de o retorno do fluxo"}},
+     {"fluxo_confirmado: esperava-se o retorno do fluxo, e chegou o cancelamento do fluxo"}},
     {"finishes a cancelled flow",
      {"fluxo cancelamento"},
      {"fluxo fim"},
-     {"fluxo_cancelado: fluxo: fim em vez de o cancelamento do fluxo"}},
+     {"fluxo_cancelado: esperava-se o cancelamento do fluxo, e chegou a finalização do fluxo"}},
 };
 
 class ProgramTest : public testing::TestWithParam<Variation> {};
