@@ -44,7 +44,7 @@ untouched=$(listing)
 echo '== LEIA-ME.txt, to the first sale and away again'
 commands "$package/LEIA-ME.txt" | in_cmd "$c" || fail 'LEIA-ME.txt'
 last=0
-for words in 'Instalados\.' 'S;0;GP N.*O ATIVO' 'S;2;GP ATIVO' 'S;1;TRANSA' 'S;2;COMANDO COM SUCESSO' \
+for words in 'Instalados\.' ': GP N.*O ATIVO' ': GP ATIVO' ': TRANSA' ': COMANDO COM SUCESSO' \
   'RETORNO' 'Retirados\.'; do
   line=$(tail -n "+$((last + 1))" "$out/said" | grep -anm1 "$words" | cut -d: -f1) ||
     fail "LEIA-ME.txt: falta $words"
