@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs the commands of the guide in a checkout with the simulators, in the guide's order, and compares
-# their exit statuses: 0, or what a comment before their block says ("<!-- saídas: 1 0 -->"). What
-# another test runs already is listed below, with the file that must name it.
+# Runs the commands of the guide in a checkout with the simulators, in the guide's order, and
+# compares their exit statuses: 0, or what a comment before their block says, as
+# "<!-- saídas: 1 0 -->". What another test runs already is listed below, with the file that must
+# name it.
 source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 
 elsewhere=(
