@@ -56,7 +56,7 @@ page() {  # title result folder-of-pictures [language], Markdown on the standard
       --resource-path "$3" --output "$content/docs/$2.html"
 }
 if [ -n "$documents" ]; then
-  for document in guia o-que-certificar glossario-do-log; do
+  for document in guia certificacao o-que-certificar glossario-do-log; do
     page "Caixora $version: $(sed -n '1s/^# //p' docs/$document.md)" $document docs \
       <docs/$document.md
   done

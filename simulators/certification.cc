@@ -615,7 +615,7 @@ std::string Certification::Unmet(const Expectation& expectation) {
 void Certification::CheckNewSale(const Request& request) {
   const std::string_view coupon = request.Value("001-000");
   for (const Operation& operation : operations_)
-    if (operation.is_sale && operation.coupon == coupon) {
+    if (operation.is_sale && operation.coupon == coupon && !operation.never_taken) {
       const std::size_t step = Current();
       Fail(step, "reutilizou o cupom " + std::string(coupon) + ", do passo \"" +
                      script_.steps[operation.step].title + '"');
@@ -667,6 +667,7 @@ void Certification::Add(const Request& request, std::size_t step, bool expected,
   operation.expected = expected;
   operation.confirmation_refused = part.closes;
   operation.amount = request.Value("003-000");
+  operation.never_taken = part.action == gp::Action::kNeverTake;
   operation.state = answers ? State::kAwaiting : State::kUncertain;
 }
 

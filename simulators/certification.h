@@ -89,6 +89,7 @@ class Certification {
     bool is_sale = false;
     bool expected = false;  // else an outcome is wanted, whichever
     bool confirmation_refused = false;
+    bool never_taken = false;  // its coupon is as good as unused
     std::string amount;
     State state = State::kAwaiting;
     bool blamed = false;  // for its missing outcome
