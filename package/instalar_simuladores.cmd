@@ -185,8 +185,8 @@ for /f "usebackq tokens=1" %%a in ("C:\Trevix\%registro%") do if "%%a"=="TrevixL
 if defined com_log call :apaga C:\TrevixLog Caixora.log Caixora_??????????????.log
 call :apaga C:\Trevix\Req Req001.txt
 call :apaga C:\Trevix\Resp Resp001.txt
-call :apaga C:\Trevix Trevix_parametros.txt Trevix_fluxos.txt Trevix_cenario.txt Email_recebido.txt
-call :apaga C:\Trevix Req001_Temp.txt Resp001_Temp.txt %registro%
+for %%a in (Req001_Temp.txt Resp001_Temp.txt Email_recebido.txt) do del /f /q C:\Trevix\%%a 2>nul
+call :apaga C:\Trevix Trevix_parametros.txt Trevix_fluxos.txt Trevix_cenario.txt %registro%
 goto :eof
 
 rem A pasta, os arquivos que saem dela; depois a pasta, se nada mais está nela.
@@ -200,5 +200,7 @@ del /f /q %pasta%\%1 2>nul
 goto :apaga_o_proximo
 :apaga_a_pasta
 rmdir %pasta% 2>nul
-if exist %pasta% echo Em %pasta% ficou o que é de outros.
+if not exist %pasta% goto :eof
+echo Em %pasta% fica o que é de outros:
+dir /b %pasta%
 goto :eof

@@ -60,7 +60,9 @@ if [ -n "$documents" ]; then
     page "Caixora $version: $(sed -n '1s/^# //p' docs/$document.md)" $document docs \
       <docs/$document.md
   done
-  weasyprint --quiet "$content/docs/guia.html" "$content/docs/guia.pdf"
+  # A PDF takes links to files as links to files of this machine: they stay words.
+  sed -E 's/<a href="[^#"][^":]*"/<a/g' "$content/docs/guia.html" |
+    weasyprint --quiet - "$content/docs/guia.pdf"
   page "Simuladores da Caixora $version" simuladores simulators <simulators/README.md
   python3 package/header_page.py include/caixora.h | page "caixora.h $version" caixora_h include en
 fi

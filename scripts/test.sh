@@ -18,7 +18,7 @@ for argument in "$@"; do
   esac
 done
 
-install_missing chromium
+install_missing chromium llvm python3 unzip
 build native
 build windows
 make_prefix

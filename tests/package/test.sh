@@ -26,13 +26,13 @@ listing() {
     -o ! -name taskkill.log -print | sort)
 }
 in_cmd() {  # folder, commands on the standard input; answers to questions are S and a key
-  sed '/\.cmd/s/^/call /; s/$/\r/' >"$out/run.cmd"
+  { echo '@echo off'; sed '/\.cmd/s/^/call /'; } | sed 's/$/\r/' >"$out/run.cmd"
   printf 'S\r\n\r\n' >"$out/answers"
   (cd "$1" && wine cmd /d /c "Z:$out/run.cmd") >"$out/said" 2>&1 <"$out/answers"
 }
 commands() { iconv -f WINDOWS-1252 -t UTF-8 "$1" | tr -d '\r' | sed -n 's/^    \([^ ]\)/\1/p'; }
 installer() {
-  echo "simuladores\\instalar_simuladores.cmd $1" | in_cmd "$package"
+  echo "simuladores\\instalar_simuladores.cmd ${1:-}" | in_cmd "$package"
 }
 
 echo '== the package, as it lies there'
@@ -44,7 +44,7 @@ untouched=$(listing)
 echo '== LEIA-ME.txt, to the first sale and away again'
 commands "$package/LEIA-ME.txt" | in_cmd "$c" || fail 'LEIA-ME.txt'
 last=0
-for words in 'Instalados\.' ': GP N.*O ATIVO' ': GP ATIVO' ': TRANSA' ': COMANDO COM SUCESSO' \
+for words in 'Instalados\.' 'GP NÃO ATIVO' 'GP ATIVO' 'TRANSAÇÃO APROVADA' 'COMANDO COM SUCESSO' \
   'RETORNO' 'Retirados\.'; do
   line=$(tail -n "+$((last + 1))" "$out/said" | grep -anm1 "$words" | cut -d: -f1) ||
     fail "LEIA-ME.txt: falta $words"
@@ -63,7 +63,7 @@ refuses() {  # path that another made
   ! installer "${2:-}" || fail "instalou, apesar de $1"
   [ "$(listing)" = "$before" ] || fail "mudou algo, apesar de $1"
   rm "$WINEPREFIX/$1"
-  rmdir -p --ignore-fail-on-non-empty "$(dirname "$WINEPREFIX/$1")"
+  rmdir --ignore-fail-on-non-empty "$(dirname "$WINEPREFIX/$1")"
 }
 while read -r path; do
   refuses "drive_d/$path"
@@ -92,7 +92,8 @@ consumer() {  # name, options...; says what CMake said
 mingw=(-DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" "-DCMAKE_FIND_ROOT_PATH=$package")
 microsoft=(-DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR=AMD64 -DCMAKE_C_COMPILER=clang
   -DCMAKE_C_COMPILER_TARGET=x86_64-pc-windows-msvc -DCMAKE_C_COMPILER_WORKS=1
-  -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY)
+  -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY -DCMAKE_C_STANDARD_LIBRARIES=
+  "-DCMAKE_EXE_LINKER_FLAGS=-L$out/sdk -Wl,-nodefaultlib:msvcrt")
 runs() {
   local status=0
   (cd "$out/$1" && wine consumer.exe) >"$out/said" 2>&1 </dev/null || status=$?
@@ -101,6 +102,8 @@ runs() {
 consumer mingw "${mingw[@]}" >"$out/said" || fail 'find_package com MinGW'
 runs mingw
 if type -P clang lld-link >/dev/null; then
+  mkdir "$out/sdk"  # what Microsoft's has under this name
+  cp /usr/x86_64-w64-mingw32/lib/liboleaut32.a "$out/sdk/oleaut32.lib"
   consumer microsoft "${microsoft[@]}" >"$out/said" || fail 'find_package com o ligador da Microsoft'
   runs microsoft
 else
@@ -134,6 +137,7 @@ run_line() {
       here fpc -n -l- -v0ewn "-Fu$units" "${words[@]:1}"
       ;;
     copy | echo) in_cmd "$examples" <<<"$line" || fail "exemplos: $line" ;;
+    caixora_host) in_cmd "$examples" <<<"$line" || true ;;  # the GP was closed
     venda)
       in_cmd "$examples" <<<"$line" || fail "exemplos: $line"
       grep -aq 'TRANSA' "$out/said" || fail "exemplos: $line"

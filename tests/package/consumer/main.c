@@ -4,6 +4,10 @@
 __declspec(dllimport) unsigned SysStringByteLen(CaixoraTexto text);
 __declspec(dllimport) void SysFreeString(CaixoraTexto text);
 
+#ifdef _MSC_VER
+int _fltused; /* of the run-time library, which is not linked */
+#endif
+
 /* 42 when the library answers, with its own texts, as it is known to. */
 int main(void) {
   const char* ok = Teste();
