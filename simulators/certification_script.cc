@@ -61,7 +61,7 @@ class Reader {
       line = Trim(line);
       if (!line.empty() && line.front() != '#') ReadLine(line);
     }
-    if (script_.steps.empty()) Fail("o arquivo não tem nenhum passo");
+    if (script_.steps.empty()) throw ScriptError("o arquivo não tem nenhum passo");
     EndStep();
     return std::move(script_);
   }
@@ -153,10 +153,11 @@ class Reader {
 
   void EndStep() {
     const Step& step = script_.steps.back();
-    line_ = step_line_;
+    const int here = std::exchange(line_, step_line_);
     if (step.title.empty()) Fail("o passo " + Quoted(step.id) + " não tem título");
     if (step.instructions.empty()) Fail("o passo " + Quoted(step.id) + " não diz o que fazer");
     if (step.expectations.empty()) Fail("o passo " + Quoted(step.id) + " não espera nada");
+    line_ = here;
   }
 
   void ReadExpectation(Step& step, std::string_view line) {

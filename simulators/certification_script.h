@@ -81,7 +81,7 @@ struct Script {
   std::vector<Step> steps;
 };
 
-// what() is Portuguese and begins with the line's number.
+// what() is Portuguese and begins with the line's number, where one is to blame.
 struct ScriptError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

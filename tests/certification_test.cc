@@ -6,9 +6,13 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "simulators/certification_answer.h"
+#include "simulators/certification_result.h"
 
 namespace caixora::certification {
 namespace {
@@ -100,6 +104,7 @@ class Player {
   }
 
   Verdict Overall() const { return run_.Overall(); }
+  const Certification& run() const { return run_; }
 
   Surroundings around;
 
@@ -186,6 +191,7 @@ const Variation kVariations[] = {
     {"undoes at the restart", {"cnf 16"}, {"atv 1", "ncn 16"}, {}},
     {"does not know that it was through", {"cnf 16"}, {"cnf 16", "cnf 16"}, {}},
     {"sells again after the undo", {"ncn 8"}, {"ncn 8", "venda 80 17,80", "cnf 80"}, {}},
+    {"sells again what was never taken", {"ncn 9"}, {"ncn 9", "venda 9 18,90", "cnf 9"}, {}},
     {"undoes a refused sale", {"venda 5 14,30"}, {"ncn 4", "venda 5 14,30"}, {}},
     {"confirms a cancellation", {"cnc 1 controle"}, {"cnc 1 controle", "cnf 1"}, {}},
     {"starts the flow again",
@@ -302,6 +308,133 @@ TEST_P(ProgramTest, IsJudged) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ProgramTest, testing::ValuesIn(kVariations));
+
+constexpr char kTwoSteps[] = R"(
+passo um
+titulo Um <b>
+faca Venda.
+espera venda valor=1,00
+pergunta Viva?
+passo dois
+titulo Dois
+faca Venda.
+gp fechado
+espera venda valor=2,00
+espera confirmacao
+)";
+
+struct Course {
+  Events events;
+  Events complaints;
+  Verdict overall;
+};
+
+// With an operator: keys, and the time that runs out.
+TEST(Operator, Decides) {
+  const Course courses[] = {
+      {{"venda 1 1,00", "cnf 1", "tecla s", "venda 2 2,00", "cnf 2"}, {}, Verdict::kPassed},
+      {{"venda 1 1,00", "cnf 1", "tecla n", "venda 2 2,00", "cnf 2"},
+       {"um: o operador respondeu não: Viva?"},
+       Verdict::kFailed},
+      {{"venda 1 1,00", "cnf 1", "venda 2 2,00", "cnf 2"},
+       {"um: o operador não respondeu: Viva?"},
+       Verdict::kFailed},
+      {{"tecla p", "venda 2 2,00", "cnf 2"}, {"um: pulado pelo operador"}, Verdict::kNotRun},
+      {{"tecla f", "venda 2 2,00", "cnf 2"}, {"um: reprovado pelo operador"}, Verdict::kFailed},
+      {{"tecla f", "tecla v", "venda 1 1,00", "cnf 1", "tecla s", "venda 2 2,00", "cnf 2"},
+       {},
+       Verdict::kPassed},
+      {{"venda 1 1,00", "cnf 1", "tecla s", "tecla q"}, {"dois: não executado"}, Verdict::kNotRun},
+      {{"venda 1 1,00", "cnf 1", "tecla s", "tempo 299", "venda 2 2,00", "tempo 299", "cnf 2"},
+       {},
+       Verdict::kPassed},
+      {{"venda 1 1,00", "cnf 1", "tecla s", "venda 2 2,00", "tempo 301"},
+       {"dois: não confirmou nem desfez o cupom 2 no tempo dado"},
+       Verdict::kFailed},
+  };
+  for (const Course& course : courses) {
+    Player player(kTwoSteps, {});
+    for (const std::string& event : course.events) player.Play(event);
+    EXPECT_EQ(player.Complaints(), course.complaints) << testing::PrintToString(course.events);
+    EXPECT_EQ(player.Overall(), course.overall) << testing::PrintToString(course.events);
+  }
+}
+
+TEST(Gp, IsClosedWhereAStepSaysSo) {
+  Player player(kTwoSteps, {.automatic = true, .has_companion = true, .limit = std::nullopt});
+  EXPECT_TRUE(player.around.gp);
+  player.Play("venda 1 1,00");
+  EXPECT_FALSE(player.around.gp);
+}
+
+TEST(Script, IsRefusedWithItsLine) {
+  const std::string step = "passo a\ntitulo A\nfaca B\n";
+  const std::pair<std::string, std::string> rows[] = {
+      {"", "o arquivo não tem nenhum passo"},
+      {"titulo A", "linha 1: \"titulo\" antes do primeiro passo"},
+      {"\n# nada\nvende", "linha 3: palavra desconhecida: \"vende\""},
+      {"passo a\ntitulo A\n", "linha 1: o passo \"a\" não diz o que fazer"},
+      {step, "linha 1: o passo \"a\" não espera nada"},
+      {step + "espera brisa", "linha 4: não se pode esperar \"brisa\""},
+      {step + "espera venda valor=12.50", "linha 4: \"12.50\" não é um valor em reais, como 12,50"},
+      {step + "espera venda cor=azul", "linha 4: campo desconhecido: \"cor\""},
+      {step + "espera venda\nresponde talvez",
+       "linha 5: depois de \"responde\" vem aprova, recusa, morre ou ignora"},
+      {step + "espera venda\nresponde recusa sem_comprovante",
+       "linha 5: \"sem_comprovante\" não vale depois de \"recusa\""},
+      {step + "espera venda\nresponde aprova mensagem 日本",
+       "linha 5: a mensagem tem um caractere que uma resposta não leva"},
+      {step + "espera confirmacao",
+       "linha 4: o passo não tem uma venda de que este seja o desfecho"},
+      {step + "espera cancelamento controle=$x.controle",
+       "linha 4: nenhuma linha acima dá o nome \"x\""},
+      {step + "prazo 5", "linha 4: \"5\" não é um tempo, como 90s, 500ms ou 2min"},
+      {step + "espera venda\npasso a", "linha 5: o passo \"a\" já existe"},
+  };
+  for (const auto& [text, reason] : rows) {
+    std::string said = "nada";
+    try {
+      ReadScript(text);
+    } catch (const ScriptError& error) {
+      said = error.what();
+    }
+    EXPECT_EQ(said, reason) << text;
+  }
+}
+
+TEST(Answer, GetsItsMessageAndLongReceipt) {
+  Part part;
+  part.message = "\xC9";
+  part.long_receipt = true;
+  const std::string answer =
+      Dressed("009-000 = 0\r\n028-000 = 1\r\n029-001 = A\r\n030-000 = B\r\n999-999 = 0\r\n", part);
+  EXPECT_TRUE(answer.starts_with("009-000 = 0\r\n028-000 = 60\r\n029-001 = LINHA 001\r\n"));
+  EXPECT_NE(answer.find("\r\n029-005 = \r\n"), answer.npos);
+  const std::size_t tenth = answer.find("029-010");
+  EXPECT_GT(answer.find("\r\n", tenth) - tenth, 199u);
+  EXPECT_TRUE(
+      answer.ends_with("029-060 = FIM DO COMPROVANTE\r\n030-000 = \xC9\r\n999-999 = 0\r\n"));
+}
+
+TEST(Result, ShortensDocumentsAndRunsNothing) {
+  Player player(kTwoSteps, {.automatic = true, .has_companion = true, .limit = std::nullopt});
+  player.Play("venda 1 1,00 800-011=<script>{{TITULO}}</script>");
+  const Circumstances circumstances = {.program = "A & \"B\"",
+                                       .program_version = {},
+                                       .library_version = {},
+                                       .machine = {},
+                                       .started = {},
+                                       .ended = {}};
+  const std::string page = Page(player.run(), circumstances);
+  const std::string json = Json(player.run(), circumstances).dump();
+  EXPECT_EQ(page.find("<script"), page.npos);
+  EXPECT_EQ(page.find("12345678000195"), page.npos);
+  EXPECT_EQ(json.find("12345678000195"), json.npos);
+  EXPECT_NE(page.find("&lt;script&gt;{{TITULO}}&lt;/script&gt;"), page.npos);
+  EXPECT_NE(page.find("<td>A &amp; &quot;B&quot;</td>"), page.npos);
+  EXPECT_NE(page.find("Um &lt;b&gt;"), page.npos);
+  EXPECT_NE(page.find("INCOMPLETO"), page.npos);
+}
 
 }  // namespace
 }  // namespace caixora::certification
