@@ -26,25 +26,20 @@ def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def spdx(*identifiers):
-    return [{"license": {"id": identifier}} for identifier in identifiers]
-
-
 GNU, MINGW = "Free Software Foundation", "mingw-w64 project"
-EXCEPTION = [{"expression": "GPL-3.0-or-later WITH GCC-exception-3.1"}]
-PERMISSIVE = [{"license": {"name": "outras, permissivas, em licencas/mingw-w64.txt"}}]
-# File that is linked in or included: component, supplier, licences, notice. A file that is not here
-# stops the package.
+EXCEPTION = "GPL-3.0-or-later WITH GCC-exception-3.1"
+# What is linked in or included: component, supplier, licence, notice. A file that is not here stops
+# the package. LicenseRef-mingw-w64: further permissive licences, which the notice holds.
 COMPONENTS = [
     (r"/lib(gcc|gcc_eh)\.a$|/crt(begin|end)\.o$", "libgcc", GNU, EXCEPTION, "gcc"),
     (r"/libstdc\+\+\.a$", "libstdc++", GNU, EXCEPTION, "gcc"),
     (r"/libssp\.a$", "libssp", GNU, EXCEPTION, "gcc"),
-    (r"/lib(win)?pthread\.a$", "winpthreads", MINGW, spdx("MIT", "BSD-3-Clause"), "mingw-w64"),
+    (r"/lib(win)?pthread\.a$", "winpthreads", MINGW, "MIT AND BSD-3-Clause", "mingw-w64"),
     (r"/x86_64-w64-mingw32/lib/(lib\w+\.a|(dll)?crt2\.o)$", "mingw-w64-crt", MINGW,
-     spdx("ZPL-2.1", "MIT", "BSD-3-Clause") + PERMISSIVE, "mingw-w64"),
+     "ZPL-2.1 AND MIT AND BSD-3-Clause AND LicenseRef-mingw-w64", "mingw-w64"),
     (r"/CLI/CLI\.hpp$", "CLI11", "University of Cincinnati e Henry Schreiner",
-     spdx("BSD-3-Clause"), "CLI11"),
-    (r"/nlohmann/json\.hpp$", "nlohmann-json", "Niels Lohmann", spdx("MIT"), "nlohmann-json"),
+     "BSD-3-Clause", "CLI11"),
+    (r"/nlohmann/json\.hpp$", "nlohmann-json", "Niels Lohmann", "MIT", "nlohmann-json"),
 ]
 
 
@@ -74,12 +69,13 @@ for program, folder in PROGRAMS.items():
         row = next((row for row in COMPONENTS if re.search(row[0], path)), None)
         if row is None:
             sys.exit(f"{program}: {path} is of no known component")
-        _, name, supplier, licences, notice = row
+        _, name, supplier, licence, notice = row
         debian = output("dpkg-query", "-S", path).split(":")[0]
         number = output("dpkg-query", "-W", "-f", "${Version}", debian)
         component = components.setdefault(name, {
             "type": "library", "bom-ref": name, "supplier": {"name": supplier}, "name": name,
-            "version": re.match(r"[\d.]+", number)[0], "licenses": licences, "properties": []})
+            "version": re.match(r"[\d.]+", number)[0], "licenses": [{"expression": licence}],
+            "properties": []})
         origin = {"name": "pacote-debian", "value": f"{debian} {number}"}
         if origin not in component["properties"]:
             component["properties"].append(origin)
