@@ -103,8 +103,11 @@ std::string Megabytes(std::uint64_t bytes) {
 }
 
 Found Look(const std::string& path) {
+  // A file is not found under a name that ends as a folder's may.
+  const bool is_root = path.size() <= 3;
+  const std::string name = path.substr(0, path.size() - (path.ends_with('\\') && !is_root));
   bool is_folder = false;
-  if (QueryPath(ToWide(path), is_folder) != SystemError::kNone) return Found::kMissing;
+  if (QueryPath(ToWide(name), is_folder) != SystemError::kNone) return Found::kMissing;
   return is_folder ? Found::kFolder : Found::kFile;
 }
 
