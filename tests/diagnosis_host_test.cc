@@ -105,7 +105,7 @@ const Row kRows[] = {
     {"AVISO trevix: ", "em execução", 1,
      [] {
        Handle companion = Start(L"C:\\Trevix\\Trevix.exe 20\u00AC\u00AC\u00AClonga");
-       Eventually([] { return fs::exists("C:\\Trevix\\Trevix_parametros.txt"); });
+       Eventually([] { return !Read("C:\\Trevix\\Trevix_parametros.txt").empty(); });
        return companion;
      }},
     {"AVISO config: ", "termina em barra", 1,
