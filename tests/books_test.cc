@@ -71,6 +71,8 @@ TEST(Books, FindWhatDoesNotComeOutEven) {
       {"CRT/0 1 1003, NCN 1, CRT/0 1 1000 +, CNF 1", "cupom_repetido 1"},
       {"CRT/0 1 1003, CRT/0 1 1000 +, CNF 1", "cupom_repetido 1, valor_alterado 1, sem_resposta 1"},
       {"CRT/0 1 1002 -, CRT/0 1 1000 +, CNF 1", "cupom_repetido 1, valor_alterado 1"},
+      {"CRT/0 1 1000 +, CRT/0 1 2000 +, CNF 1",
+       "cupom_repetido 1, valor_alterado 1, sem_desfecho 1"},
       {"CEL 1 +, CRT/0 1 1000 +, CNF 1", "cupom_repetido 1"},
       // A cancellation and the menu name the coupon of a sale; an outcome of theirs is optional.
       {"CRT/0 1 1000 +, CNF 1, CNC 1 1000 +", ""},
