@@ -105,19 +105,23 @@ Writer Calls(const std::string& script, bool detailed, LogTime ms = 0) {
   return writer;
 }
 
-std::string Sale(int coupon, const std::string& status = "0") {
+// By a GP that takes its time where it is asked to.
+std::string Sale(int coupon, const std::string& status = "0", bool slow = false) {
   const std::string number = std::to_string(coupon);
-  return "gp responde 001-000 = " + number + "\xC2\xB6" + "003-000 = 1250\xC2\xB6" +
-         "009-000 = " + status + "\xC2\xB6" + "030-000 = DE " + number +
-         "; VendeCredito $C $P 12.5 " + number + " 3";
+  const std::string answer = "001-000 = " + number + "\xC2\xB6" + "003-000 = 1250\xC2\xB6" +
+                             "009-000 = " + status + "\xC2\xB6" + "030-000 = DE " + number;
+  const std::string gp =
+      slow ? "gp trava; quando 3x +100: apaga $REQ; quando 9x +200: arquivo $RESP = " + answer
+           : "gp responde " + answer;
+  return gp + "; VendeCredito $C $P 12.5 " + number + " 3";
 }
 
 // Two programs that sell at the same time, one a little behind the other.
 TEST(Log, TellsTwoProgramsApart) {
   for (const auto& [detailed, coarse] : {std::pair(false, 1), {true, 1}, {false, 1000}}) {
     for (const LogTime behind : {0, 150, 300, 700, 1100, 1300, 2000}) {
-      const Writer first = Calls(Sale(17), detailed);
-      const Writer second = Calls(Sale(18, "5"), detailed, behind);
+      const Writer first = Calls(Sale(17, "0", true), detailed);
+      const Writer second = Calls(Sale(18, "5", true), detailed, behind);
       std::multimap<LogTime, std::string> merged;
       for (const Writer* writer : {&first, &second})
         for (std::size_t i = 0; i < writer->lines.size(); ++i)
