@@ -99,6 +99,8 @@ const Row kRows[] = {
     {"", "", "dll F", "é um programa", [] { PutLibrary(Image(kX64, false)); }},
     {"", "", "dll F", "VendeCreditoVista e VendeCreditoParcLoja",
      [] { PutLibrary(Image(kX64, true, 2)); }},
+    {"", "VF", "dll A", "números para as funções VendeCreditoVista",
+     [] { PutLibrary(Image(kX64, true).replace(552 + 4 * 32, 1, 1, '\x50')); }},
     {"", "", "dll F", "outra DLL", [] { PutLibrary(Image(kX64, true, 32)); }},
     {"", "", "dll F", "não carrega|126", [] { facts.load = caixora::SystemError{126}; }},
     {"", "", "dll F", "não pode ser lida|32",
@@ -163,7 +165,9 @@ const Row kRows[] = {
     {"solta Pavolin.exe; arquivo C:\\Pavolin TEF\\Pavolin.exe = MZ", "VF", "gp_ativo A",
      "GP NÃO ATIVO|Atv"},
     {"arquivo D:\\Nerol TEF\\Nerol.exe", "VF", "gp A", "outro GP|D:\\Nerol TEF\\Nerol.exe"},
-    {"roda nerol.exe", "VF", "gp_ativo A", "Nerol.exe também está"},
+    {"apaga C:\\Pavolin TEF\\Pavolin.exe; roda nerol.exe", "F", "gp F, gp_ativo A",
+     "O GP não está em nenhum"},
+    {"roda nerol.exe", "VF", "gp_ativo A", "Nerol.exe está em execução"},
     {"apaga C:\\Pavolin TEF\\Pavolin.exe; arquivo C:\\Lumetra\\clientorvane_simulador.exe; "
      "arquivo C:\\Lumetra\\clientorvane.exe; roda clientorvane_simulador.exe; solta Pavolin.exe",
      "F", "gp F",
@@ -235,6 +239,11 @@ const Row kRows[] = {
     {"VendeCredito $VENDA; VendeCredito $C $P 9.5 18 3; Confirmar $C $P 18", "VF", "pendencias F",
      "cupom 17"},
     {"VendeCredito $VENDA; Confirmar $C $P 17", "VF", "", ""},
+    {"VendeCredito $VENDA", "VF", "pendencias F", "06/03/2024 às 09:15:05: aprovada",
+     [] {
+       std::string& log = machine.files["c:\\pavolin tef\\log\\caixora.log"];
+       for (std::size_t at = 0; (at = log.find("07/03", at)) != log.npos;) log[at + 1] = '6';
+     }},
     {"VendeCredito $VENDA; tranca C:\\Tef_Dial\\Tef_Dial.exe; Confirmar $C $P 17; solta "
      "C:\\Tef_Dial\\Tef_Dial.exe; "
      "gp cala; VendeCredito $C $P 9.5 18 3",
@@ -242,7 +251,7 @@ const Row kRows[] = {
     {"quando VERIFICANDO SE: apaga C:\\Tef_Dial\\Req\\intpos.001; quando AGUARDANDO: solta "
      "Pavolin.exe; gp cala; "
      "VendeCredito $VENDA; roda Pavolin.exe",
-     "VF", "pendencias F", "cupom 17|não se sabe"},
+     "VF", "pendencias F", "cupom 17|não se sabe|Desfazimento"},
 };
 
 std::string Changed(const caixora::Diagnosis& diagnosis) {

@@ -78,7 +78,7 @@ std::string Returns(std::string_view result);  // Devolve "..."
 std::string Returns(FlowCode code);
 std::string RemedyFor(std::string_view result);
 std::string RemedyFor(FlowCode code);
-std::string Megabytes(std::uint64_t bytes);  // "1,5 MiB"
+std::string SizeText(std::uint64_t bytes);  // "1,5 MiB"
 
 // Files and folders.
 

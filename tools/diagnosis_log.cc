@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 #include "support/file_helpers.h"
 #include "support/text.h"
 #include "system/file.h"
+#include "system/time.h"
 #include "tools/diagnosis_checks.h"
 #include "tools/diagnosis_machine.h"
 #include "tools/log_reader.h"
@@ -22,10 +24,36 @@ constexpr std::uint64_t kMuchOld = 1024 * 1048576ull;
 
 // Rotated files that are read for open sales; older ones tell of sales long forgotten.
 constexpr std::size_t kRotatedRead = 3;
+// Of a log that nothing rotates, the end; of many open sales, the last.
+constexpr std::size_t kMostBytes = 2 * kRotationSizeMB * 1048576;
+constexpr std::size_t kMostSales = 10;
 
-std::string RotatedPrefix() {
+// Seconds; the last sale of the log may still be at the printer.
+constexpr LogTime kPatience = 900;
+
+std::vector<ListedFile> RotatedLogsIn(const std::string& folder) {
   const std::string name = RotatedLogName({});
-  return name.substr(0, name.find('_') + 1);
+  std::vector<ListedFile> files = ListFiles(folder, name.substr(0, name.find('_') + 1));
+  std::erase_if(files, [&](const ListedFile& file) {
+    return !Lowered(file.name).ends_with(name.substr(name.find('.')));
+  });
+  return files;
+}
+
+// The last kMostBytes of the file.
+SystemError ReadTail(const std::string& path, std::string& bytes) {
+  File file;
+  if (const SystemError error = file.Open(path, File::Use::kRead); error != SystemError::kNone)
+    return error;
+  std::array<char, 65536> chunk;
+  for (std::size_t taken = 0;;) {
+    const SystemError error = file.Read(chunk.data(), chunk.size(), taken);
+    if (error != SystemError::kNone) return error;
+    if (taken == 0 || bytes.size() + taken > 2 * kMostBytes)
+      bytes.erase(0, bytes.size() - std::min(bytes.size(), kMostBytes));
+    if (taken == 0) return error;
+    bytes.append(chunk.data(), taken);
+  }
 }
 
 // Why a switch file that should ask for something switches the log off.
@@ -55,7 +83,7 @@ void ReadLogsUnder(const std::string& base, const Checkout& checkout, Log& log, 
                    Finding& finding) {
   const std::string folder = LogFolderUnder(base);
   std::vector<std::string> names;
-  for (const ListedFile& file : ListFiles(folder, RotatedPrefix())) names.push_back(file.name);
+  for (const ListedFile& file : RotatedLogsIn(folder)) names.push_back(file.name);
   if (names.size() > kRotatedRead) {
     read.left_out += names.size() - kRotatedRead;
     names.erase(names.begin(), names.end() - kRotatedRead);
@@ -64,10 +92,7 @@ void ReadLogsUnder(const std::string& base, const Checkout& checkout, Log& log, 
   for (const std::string& name : names) {
     const std::string path = folder + name;
     std::string bytes;
-    File file;
-    SystemError error = file.Open(path, File::Use::kRead);
-    if (error == SystemError::kNone) error = ReadAll(file, bytes);
-    if (error != SystemError::kNone) {
+    if (const SystemError error = ReadTail(path, bytes); error != SystemError::kNone) {
       finding.Warn(Join({Shown(path), " não pôde ser lido: ", Reason(error), "."}),
                    "Feche o programa que usa o log, e repita o diagnóstico.");
       continue;
@@ -78,8 +103,44 @@ void ReadLogsUnder(const std::string& base, const Checkout& checkout, Log& log, 
   }
 }
 
-std::string CouponOf(const Call& call) {
-  return call.coupon ? "cupom " + std::to_string(*call.coupon) : "cupom desconhecido";
+LogTime SecondsNow() {
+  const LocalTime now = Now();
+  const std::chrono::sys_days day = std::chrono::year(now.year) / static_cast<unsigned>(now.month) /
+                                    static_cast<unsigned>(now.day);
+  return std::chrono::seconds(day.time_since_epoch()).count() + now.hour * 3600 + now.minute * 60 +
+         now.second;
+}
+
+void JudgeSale(const Log& log, const OpenSale& sale, Finding& finding) {
+  const Call& call = log.calls()[sale.call];
+  const bool waits = sale.why == OpenSale::Why::kApproved || !call.ends_in_log;
+  const bool may_go_on =
+      waits && sale.call + 1 == log.calls().size() && SecondsNow() - call.end < kPatience;
+  const Status status = may_go_on ? Status::kWarning : Status::kFailure;
+  const std::string which =
+      Join({call.operation, ", ",
+            call.coupon ? "cupom " + std::to_string(*call.coupon) : "sem cupom conhecido", ", em ",
+            DateText(call.begin), " às ", ClockText(call.begin), ": "});
+  constexpr std::string_view kUndo =
+      "Não repita a venda. Confira no GP se foi feita, e chame Desfazimento com o mesmo cupom.";
+  switch (sale.why) {
+    case OpenSale::Why::kApproved:
+      finding.Add(status, which + "aprovada, sem confirmação nem desfazimento depois.",
+                  "Veja no PDV se a venda vale. Se vale, chame Confirmar com o cupom dela; se não, "
+                  "Desfazimento.");
+      break;
+    case OpenSale::Why::kUncertain:
+      finding.Add(status, which + "o GP pode ter recebido o pedido, e não se sabe se o aprovou.",
+                  kUndo);
+      break;
+    case OpenSale::Why::kMistakenReply:
+      finding.Fail(
+          which +
+              "respondida pela própria DLL, por um desfecho que estava pendente. Não é uma "
+              "aprovação.",
+          RemedyFor("S;2;COMANDO COM SUCESSO"));
+      break;
+  }
 }
 
 }  // namespace
@@ -131,8 +192,7 @@ void JudgeLog(const std::string& base, const Checkout& checkout, Finding& findin
   std::int64_t size = 0;
   if (file.Open(path, File::Use::kRead) == SystemError::kNone &&
       file.SeekToEnd(size) == SystemError::kNone)
-    finding.Note(
-        Join({"Abre para gravar; tem ", Megabytes(static_cast<std::uint64_t>(size)), "."}));
+    finding.Note(Join({"Abre para gravar; tem ", SizeText(static_cast<std::uint64_t>(size)), "."}));
   file.Close();
   const std::string limit = std::to_string(kRotationSizeMB) + " MiB";
   if (static_cast<std::uint64_t>(size) > kTooBig)
@@ -141,11 +201,11 @@ void JudgeLog(const std::string& base, const Checkout& checkout, Finding& findin
                        "ou não é permitido renomeá-lo."}),
                  "Feche o PDV e o programa que usa o log, e renomeie o arquivo à mão.");
   std::uint64_t total = 0;
-  const std::vector<ListedFile> rotated = ListFiles(folder, RotatedPrefix());
+  const std::vector<ListedFile> rotated = RotatedLogsIn(folder);
   for (const ListedFile& old : rotated) total += old.size;
   if (!rotated.empty())
     finding.Note(Join(
-        {"Arquivos antigos: ", std::to_string(rotated.size()), ", com ", Megabytes(total), "."}));
+        {"Arquivos antigos: ", std::to_string(rotated.size()), ", com ", SizeText(total), "."}));
   if (total > kMuchOld)
     finding.Warn("Os arquivos antigos nunca são apagados pela DLL.",
                  Join({"Guarde em outro lugar, ou apague, os mais antigos de ", shown, "."}));
@@ -228,33 +288,13 @@ Finding CheckOpenSales(const Checkout& checkout) {
   finding.Note(Join({"Lidos: ", Listed(read.names), "."}));
   if (read.left_out > 0)
     finding.Note(Join({"Arquivos mais antigos, não lidos: ", std::to_string(read.left_out), "."}));
-  const std::vector<OpenSale> open = log.OpenSales();
-  for (const OpenSale& sale : open) {
-    const Call& call = log.calls()[sale.call];
-    const std::string which = Join({call.operation, ", ", CouponOf(call), ", às ",
-                                    ClockText(call.begin), " de ", DateText(call.begin), ": "});
-    switch (sale.why) {
-      case OpenSale::Why::kApproved: {
-        const bool may_go_on = sale.call + 1 == log.calls().size();
-        finding.Add(may_go_on ? Status::kWarning : Status::kFailure,
-                    which + "aprovada, sem confirmação nem desfazimento depois.",
-                    "Veja no PDV se a venda vale. Se vale, chame Confirmar com o cupom dela; se "
-                    "não, Desfazimento.");
-        break;
-      }
-      case OpenSale::Why::kUncertain:
-        finding.Fail(which + "o GP recebeu o pedido, e não se sabe se a aprovou.",
-                     RemedyFor("S;0;FALHA INTERNA, VERIFIQUE NO GP SE A OPERACAO FOI REALIZADA"));
-        break;
-      case OpenSale::Why::kMistakenReply:
-        finding.Fail(which +
-                         "respondida pela própria DLL, por causa de um desfecho pendente. Não é "
-                         "uma aprovação.",
-                     RemedyFor("S;2;COMANDO COM SUCESSO"));
-        break;
-    }
-  }
+  std::vector<OpenSale> open = log.OpenSales();
   if (open.empty()) finding.Note("Nenhuma venda sem desfecho.");
+  if (open.size() > kMostSales) {
+    finding.Note(Join({"Vendas sem desfecho: ", std::to_string(open.size()), ". As últimas:"}));
+    open.erase(open.begin(), open.end() - kMostSales);
+  }
+  for (const OpenSale& sale : open) JudgeSale(log, sale, finding);
   return finding;
 }
 

@@ -215,11 +215,9 @@ Finding CheckGpProgram(const Checkout& checkout) {
 Finding CheckGpRuns(const Checkout& checkout) {
   Finding finding;
   const std::string exe(checkout.GpExe());
-  if (exe.empty()) {
-    finding.Warn("Não verificado: não há GP.", "Corrija antes o item gp.");
-    return finding;
-  }
-  if (ImageRuns(exe))
+  if (exe.empty())
+    finding.Warn("Não verificado: não há GP nos caminhos conhecidos.", "Corrija antes o item gp.");
+  else if (ImageRuns(exe))
     finding.Note(exe + " está em execução.");
   else
     finding.Warn(exe + (checkout.is_developers
@@ -234,9 +232,11 @@ Finding CheckGpRuns(const Checkout& checkout) {
     if (std::find(seen.begin(), seen.end(), Lowered(other)) != seen.end()) continue;
     seen.push_back(Lowered(other));
     if (ImageRuns(other))
-      finding.Warn(Join({other, " também está em execução. A biblioteca só vigia ", exe,
-                         ", e os dois disputam a pasta de troca."}),
-                   Join({"Feche ", other, ", ou desinstale o GP que a loja não usa."}));
+      finding.Warn(exe.empty() ? other + " está em execução, de uma pasta em que não é procurado."
+                               : Join({other, " está em execução. A biblioteca só vigia ", exe,
+                                       ", e os dois disputam a pasta de troca."}),
+                   exe.empty() ? "Instale o GP em um dos caminhos conhecidos."
+                               : Join({"Feche ", other, ", ou desinstale o GP que não é usado."}));
   }
   return finding;
 }

@@ -97,7 +97,8 @@ std::string RemedyFor(std::string_view result) {
 
 std::string RemedyFor(FlowCode code) { return RemedyFor(CodeText(code)); }
 
-std::string Megabytes(std::uint64_t bytes) {
+std::string SizeText(std::uint64_t bytes) {
+  if (bytes < 1048576) return std::to_string((bytes + 1023) / 1024) + " KiB";
   const std::uint64_t tenths = bytes / (1048576 / 10);
   return Join({std::to_string(tenths / 10), ",", std::to_string(tenths % 10), " MiB"});
 }

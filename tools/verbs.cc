@@ -18,7 +18,8 @@ constexpr Verb kVerbs[] = {
      "diz o que impediria uma venda ou um fluxo interativo neste computador",
      "Só lê: não chama o GP nem a biblioteca. Cada linha é um item: OK, AVISO ou FALHA, o que foi\n"
      "achado e, depois da seta, o que fazer. A última diz se uma venda e se um fluxo interativo\n"
-     "poderiam funcionar. --pasta examina como se o PDV fosse iniciado naquela pasta.\n"
+     "poderiam funcionar. Rode-o com o usuário do caixa, e como o PDV: as permissões contam.\n"
+     "--pasta examina como se o PDV fosse iniciado naquela pasta.\n"
      "Código de saída: 0 tudo certo, 1 avisos, 2 uma falha.\n\n"
      "Exemplo:\n"
      "  caixora_host diagnostico --pasta C:\\caixa\n",
