@@ -193,7 +193,8 @@ class Report {
     html_ << "<p class=\"meta\">";
     if (!calls_.empty())
       html_ << Weekday(calls_.front().begin) << ", " << Period() << ", das "
-            << ClockText(calls_.front().begin) << " às " << ClockText(calls_.back().end);
+            << ClockText(calls_.front().begin) << " às "
+            << ClockText(std::ranges::max(calls_, {}, &Call::end).end);
     Join(" · Caixora ", versions);
     Join(" · PDV ", partners);
     html_ << "</p><ul class=\"files\">";

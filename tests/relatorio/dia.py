@@ -153,6 +153,25 @@ def gp_dies(coupon, cents):
     log("GP NAO ATIVO, APOS AGUARDAR ARQUIVO NA PASTA RESP")
 
 
+def flow():
+    log("ENTROU -  IniciaFuncaoQJInterativo()")
+    log("Taskkill no Trevix para não ter outra instância em execução.")
+    log("Iniciando Trevix - IniciaQJInterativo", 1.2)
+    for question in ("Parcelas?", "1-Confirma 2-Cancela", "[RETORNO]|STATUS:0|NSU:4471|"):
+        for _ in range(random.randint(8, 30)):
+            log("ENTROU -  AguardaFuncaoQJInterativo()", 0.25)
+        log("Lendo o arquivo: C:\\Trevix\\Req\\Req001.txt")
+        log(question)
+        log("Excluindo o arquivo : C:\\Trevix\\Req\\Req001.txt")
+        if not question.startswith("["):
+            log("ENTROU -  ContinuaFuncaoQJInterativo()", 2)
+            log("sInformacao: 1")
+            log("Informacao gravada: 1")
+    log("ENTROU -  FinalizaFuncaoQJInterativo()", 1)
+    log("Iniciando Trevix - FinalizaQJInterativo", 0.8)
+    log("Finalizou Envio da Transacao - FinalizaQJInterativo", 2)
+
+
 def day():
     global clock
     closed_gp()
@@ -175,10 +194,12 @@ def day():
             outcome(coupon, "Desfazimento")
         elif kind < 0.12:
             start("123")
+        elif kind < 0.14:
+            flow()
         else:
             sale(coupon, cents, label, random.lognormvariate(2.2, 0.6))
             clock_pause(random.uniform(1, 4))
-            if kind > 0.13:
+            if kind > 0.16:
                 outcome(coupon, "Desfazimento" if kind > 0.98 else "Confirmar")
     clock = clock.replace(hour=8, minute=1, second=40) + datetime.timedelta(days=1)
 
