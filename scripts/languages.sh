@@ -189,7 +189,7 @@ mishaps() {
       kind = "Erro"
       if (match($2, /ValorDivergente|VendaEmAberto|PendenciaAberta|ErroDoPdv|Diario/))
         kind = substr($2, RSTART, RLENGTH)
-      else if ($2 ~ /Uso|Argument|Texto/) kind = "Argumento"
+      else if ($2 ~ /Uso|Argument|Texto|InvalidOperation|EmAndamento/) kind = "Argumento"
       for (i = 5; i <= count; ++i)
         if (index(tolower($0), tolower(words[i])) == 0) kind = "sem " words[i] ": " $0
       $0 = "! " kind

@@ -894,6 +894,7 @@ class Caixora {
   /// "OK". Com um desfecho pendente lança PendenciaAberta: a DLL o esqueceria sem aviso.
   std::string Teste() {
     const std::lock_guard dono(interno::estado.trava);
+    interno::RecusarVendaEmAndamento();
     interno::RecusarPendencia();
     return dll_.Teste();
   }
@@ -989,6 +990,8 @@ class Caixora {
   ResultadoDeFluxo Fluxo(const InicioDeFluxo& inicio, const Perguntar& perguntar,
                          const std::stop_token& parada = {}) {
     if (!inicio.funcao_fim) throw ErroDeUso("funcao_fim: falta a função de encerramento");
+    if (*inicio.funcao_fim == inicio.funcao)
+      throw ErroDeUso("funcao_fim: a mesma função começaria outra transação");
     const std::string valor = inicio.valor.Texto();
     const std::string campo4 = ParaAnsiInterativo("sCampo4", inicio.campo4);
     const std::string campo6 = ParaAnsiInterativo("sCampo6", inicio.campo6);

@@ -701,6 +701,7 @@ namespace CaixoraTef
         {
             lock (Trava)
             {
+                ExigirSemVenda();
                 Dll.Teste();
                 pendente = 0;
             }
@@ -770,6 +771,7 @@ namespace CaixoraTef
         {
             lock (Trava)
             {
+                ExigirSemVenda();
                 ExigirSemPendencia();
                 return Marshal.PtrToStringAnsi(Dll.Teste());
             }

@@ -74,18 +74,26 @@ func desocupar() {
 }
 
 // EsquecerPendencia desiste de repetir um desfecho recusado. A venda continua em aberto no GP.
-func (c *Caixora) EsquecerPendencia() {
+// Uma venda em andamento ainda repete o seu: durante ela, devolve VendaEmAndamento.
+func (c *Caixora) EsquecerPendencia() error {
 	trava.Lock()
 	defer trava.Unlock()
+	if err := exigirLivre(pendente); err != nil {
+		return err
+	}
 	c.dll.constante("Teste")
 	pendente = pendencia{}
+	return nil
 }
 
-// Teste devolve "OK". Não mexe na pendência que este pacote guarda; para isso há EsquecerPendencia.
-func (c *Caixora) Teste() string {
+// Teste devolve "OK". A DLL esqueceria um desfecho recusado: se há um, devolve PendenciaAberta.
+func (c *Caixora) Teste() (string, error) {
 	trava.Lock()
 	defer trava.Unlock()
-	return c.dll.constante("Teste")
+	if err := exigirLivre(pendencia{}); err != nil {
+		return "", err
+	}
+	return c.dll.constante("Teste"), nil
 }
 
 // pagar chama uma função de pagamento que não seja um desfecho.

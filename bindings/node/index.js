@@ -695,6 +695,7 @@ class Caixora {
   }
 
   async teste() {
+    exigirSemVenda();
     return naVez((dll) => {
       exigirSemPendencia();
       return dll.teste();
@@ -780,6 +781,9 @@ class Caixora {
     const numeroDe = (nome) => inteiro(inicio[nome], nome, 0, UINT32_MAXIMO);
     const textoDe = (nome) => codificar(inicio[nome], nome, '¬');
     const funcaoFim = numeroDe('funcaoFim');
+    if (funcaoFim === inicio.funcao) {
+      throw new ArgumentoInvalido(`funcaoFim: ${funcaoFim} começaria outra transação`);
+    }
     const argumentos = [
       numeroDe('funcao'),
       this.#cnpjs[0],

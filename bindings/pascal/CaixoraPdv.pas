@@ -1459,6 +1459,7 @@ function TCaixora.Teste: UnicodeString;
 begin
   EnterCriticalSection(Trava);
   try
+    RecusarVendaEmCurso;
     RecusarPendencia; // Teste a apagaria sem que ninguém o tivesse decidido
     Result := TextoDe(TFnTeste(Funcao('Teste'))());
   finally

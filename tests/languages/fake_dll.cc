@@ -7,6 +7,7 @@
 #include <atomic>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -101,6 +102,8 @@ std::string Answer(const std::string& name, int coupon, double amount) {
   if (coupon == 7) ::Sleep(1300);
   if (coupon == 18) ::CreateDirectoryA("diario.txt.tmp", nullptr);  // the journal stays as it is
   if (coupon == 25) ::Sleep(300);
+  if (coupon == 26) ::Sleep(INFINITE);
+  if (coupon == 27) ::Sleep(6000);
   std::string bytes;
   for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
   const std::map<int, std::string> answers = {
@@ -198,7 +201,7 @@ T Teste() {
   return "OK";
 }
 CaixoraTexto AguardaFuncaoQJInterativo() {  // nothing yet, a question, the return
-  if (++polls == 1) return Text("");
+  if (++polls == 1 || flow == 22) return Text("");
   if (flow == 21) return Text("[ERROABORTAR]#MOTIVO");
   return Text(polls == 2 ? "Parcelas" : "[RETORNO]|STATUS:0|MENSAGEM:A\xC7\xC3O|");
 }
@@ -210,4 +213,5 @@ N CancelarFluxoQJInterativo() {
   const Call call("CancelarFluxo");
   return 0;
 }
-N ConfiguraIntTefInterativo() { return 0; }
+// As the library does where it cannot open its log.
+N ConfiguraIntTefInterativo() { std::exit(1); }

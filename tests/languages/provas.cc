@@ -42,6 +42,8 @@ std::string Vender(int cupom, const std::string& depois) {
                                             [&](const Resultado& resultado) {
                                               Anotar("aprovada, " + resultado.comprovante.back());
                                               if (depois == "falha") throw ErroDoPdv();
+                                              if (depois == "esquecer") caixora.EsquecerPendencia();
+                                              if (depois == "teste") caixora.Teste();
                                               if (depois == "trancar")
                                                 std::filesystem::create_directory("diario.txt.tmp");
                                             });

@@ -56,6 +56,10 @@ public abstract class Provas
                     Anotar("aprovada, " + resultado.Comprovante.Last());
                     if (b == "falha")
                         throw new ErroDoPdv();
+                    if (b == "esquecer")
+                        Caixora.EsquecerPendencia();
+                    if (b == "teste")
+                        Caixora.Teste();
                     if (b == "trancar")
                         Directory.CreateDirectory("diario.txt.tmp");
                 });

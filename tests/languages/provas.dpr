@@ -87,6 +87,10 @@ begin
   Anotar('aprovada, ' + Resultado.Comprovante[High(Resultado.Comprovante)]);
   if FPasso = 'falha' then
     raise ErroDoPdv.Create('');
+  if FPasso = 'esquecer' then
+    FCaixa.EsquecerPendencia;
+  if FPasso = 'teste' then
+    FCaixa.Teste;
   if FPasso = 'trancar' then
     CreateDir('diario.txt.tmp');
 end;

@@ -61,7 +61,13 @@ func fazer(pdv *caixora.Caixora, acao, a, b string) (string, error) {
 	case "vender":
 		v, err := pdv.VenderEConfirmar(caixora.CreditoVista(1250, n), func(r caixora.Resultado) error {
 			anotar("aprovada, " + r.Comprovante[len(r.Comprovante)-1])
-			if b == "trancar" {
+			switch b {
+			case "esquecer":
+				return pdv.EsquecerPendencia()
+			case "teste":
+				_, err := pdv.Teste()
+				return err
+			case "trancar":
 				return os.Mkdir("diario.txt.tmp", 0o700)
 			}
 			return falharComo(b)
@@ -72,8 +78,7 @@ func fazer(pdv *caixora.Caixora, acao, a, b string) (string, error) {
 	case "desfazer":
 		return "feito", pdv.ConcluirVenda(n, caixora.DesfechoDesfazer)
 	case "esquecer":
-		pdv.EsquecerPendencia()
-		return "feito", nil
+		return "feito", pdv.EsquecerPendencia()
 	case "atv":
 		return resumir(pdv.Atv(n))
 	case "confirmacao":

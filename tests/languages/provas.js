@@ -32,6 +32,8 @@ async function vender(cupom, depois) {
   const { situacao, motivo } = await caixora.venderEConfirmar(venda, async (resultado) => {
     anotar(`aprovada, ${resultado.comprovante.at(-1)}`);
     falharComo(depois);
+    if (depois === 'esquecer') await caixora.esquecerPendencia();
+    if (depois === 'teste') await caixora.teste();
     if (depois === 'trancar') fs.mkdirSync('diario.txt.tmp');
   });
   return `${situacao} ${motivo}`;
