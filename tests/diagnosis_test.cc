@@ -167,6 +167,13 @@ const Row kRows[] = {
     {"arquivo D:\\Nerol TEF\\Nerol.exe", "VF", "gp A", "outro GP|D:\\Nerol TEF\\Nerol.exe"},
     {"apaga C:\\Pavolin TEF\\Pavolin.exe; roda nerol.exe", "F", "gp F, gp_ativo A",
      "O GP não está em nenhum"},
+    {"apaga C:\\Pavolin TEF\\Pavolin.exe; arquivo C:\\Lumetra\\clientorvane.exe; "
+     "roda clientorvane.exe; solta Pavolin.exe",
+     "VF", "", ""},
+    {"apaga C:\\Pavolin TEF\\Pavolin.exe; arquivo D:\\Lumetra\\clientorvane_simulador.exe; "
+     "arquivo C:\\Lumetra\\clientorvane_simulador.exe; roda clientorvane_simulador.exe; "
+     "solta Pavolin.exe",
+     "VF", "", ""},
     {"roda nerol.exe", "VF", "gp_ativo A", "Nerol.exe está em execução"},
     {"apaga C:\\Pavolin TEF\\Pavolin.exe; arquivo C:\\Lumetra\\clientorvane_simulador.exe; "
      "arquivo C:\\Lumetra\\clientorvane.exe; roda clientorvane_simulador.exe; solta Pavolin.exe",
@@ -241,8 +248,8 @@ const Row kRows[] = {
     {"VendeCredito $VENDA; Confirmar $C $P 17", "VF", "", ""},
     {"VendeCredito $VENDA", "VF", "pendencias F", "06/03/2024 às 09:15:05: aprovada",
      [] {
-       std::string& log = machine.files["c:\\pavolin tef\\log\\caixora.log"];
-       for (std::size_t at = 0; (at = log.find("07/03", at)) != log.npos;) log[at + 1] = '6';
+       for (auto& [path, log] : machine.files)
+         for (std::size_t at = 0; (at = log.find("07/03", at)) != log.npos;) log[at + 1] = '6';
      }},
     {"VendeCredito $VENDA; tranca C:\\Tef_Dial\\Tef_Dial.exe; Confirmar $C $P 17; solta "
      "C:\\Tef_Dial\\Tef_Dial.exe; "
