@@ -6,30 +6,31 @@
 #   --de <folder>     of a build that is there already, into that folder
 source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 documents=1
-build=
+folder=
 while [ $# -gt 0 ]; do
   case $1 in
     --sem-documentos) documents= ;;
-    --de) build=$(realpath "${2:?}") && shift ;;
+    --de) folder=$(realpath "${2:?}") && shift ;;
     *) stop 'Uso: scripts/package.sh [--sem-documentos] [--de <pasta>]' ;;
   esac
   shift
 done
 umask 022
 export TZ=UTC
-: "${SOURCE_DATE_EPOCH:=$(git log -1 --format=%ct 2>/dev/null || echo 315532800)}"
-export SOURCE_DATE_EPOCH
+# Sources without a history have no time: then it is the earliest that a ZIP can tell.
+[ -n "${SOURCE_DATE_EPOCH:-}" ] || [ ! -e .git ] || SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-315532800}
 
 packages=(llvm python3)
 [ -z "$documents" ] || packages+=(pandoc weasyprint fonts-dejavu-core)
 install_missing "${packages[@]}"
-if [ -z "$build" ]; then
+if [ -z "$folder" ]; then
   build pacote
-  build=$PWD/build/pacote
+  folder=$PWD/build/pacote
 fi
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$build/CMakeCache.txt")
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$folder/CMakeCache.txt")
 name=caixora-$version-win64
-content=$build/conteudo
+content=$folder/conteudo
 rm -rf "$content"
 mkdir -p "$content"/{lib,simuladores,exemplos,docs}
 
@@ -45,7 +46,7 @@ for_windows instalar_simuladores.cmd simuladores/instalar_simuladores.cmd
 llvm-dlltool --machine i386:x86-64 --input-def src/api/caixora.def --dllname Caixora.dll \
   --output-lib "$content/lib/Caixora.lib"
 
-python3 package/components.py "$build" "$content" "$version"
+python3 package/components.py "$folder" "$content" "$version"
 
 # Folders have the names of the package, pages those of this folder, and so do the links.
 page() {  # title result folder-of-pictures [language], Markdown on the standard input
@@ -67,7 +68,7 @@ if [ -n "$documents" ]; then
   python3 package/header_page.py include/caixora.h | page "caixora.h $version" caixora_h include en
 fi
 
-(cd "$build" && cpack --config CPackConfig.cmake >cpack.log) || { cat "$build/cpack.log"; exit 1; }
-python3 package/zip.py "$build/$name.zip"
-(cd "$build" && sha256sum "$name.zip" >SHA256SUMS)
-echo "$build/$name.zip"
+(cd "$folder" && cpack --config CPackConfig.cmake >cpack.log) || { cat "$folder/cpack.log"; exit 1; }
+python3 package/zip.py "$folder/$name.zip"
+(cd "$folder" && sha256sum "$name.zip" >SHA256SUMS)
+echo "$folder/$name.zip"

