@@ -6,7 +6,7 @@
 source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 
 elsewhere=(
-  'simuladores\instalar_simuladores.cmd|tests/package/test.sh|instalar_simuladores.cmd'
+  'simuladores\instalar_simuladores.cmd|scripts/package-check.sh|instalar_simuladores.cmd'
 )
 
 install_missing
