@@ -182,6 +182,9 @@ const Row kRows[] = {
      "C:\\Lumetra\\clientorvane_simulador.exe"},
     {"arquivo C:\\OrvaneAutomacao.txt", "F", "gp A, marca_desenvolvedor A, log F",
      "impõe D:\\Programas"},
+    {"arquivo C:\\OrvaneAutomacao.txt; solta Pavolin.exe; "
+     "pasta D:\\Programas\\Cartao - Vetra\\Projeto com skin - Talvi\\Log",
+     "F", "gp A, gp_ativo F, marca_desenvolvedor A", "impõe D:\\Programas"},
     {"apaga C:\\Pavolin TEF\\Log; arquivo C:\\Pavolin TEF\\Log", "F", "log F", "é um arquivo"},
     {"arquivo C:\\Pavolin TEF\\Log\\Caixora.log; tranca C:\\Pavolin TEF\\Log\\Caixora.log", "F",
      "log F, pendencias A", "erro 32|Aberto por leitor.exe|Feche o visualizador"},

@@ -287,7 +287,8 @@ Finding CheckCancel(const Checkout& checkout) {
             TakesLog(line) ? Join({", e o log vai para ", Shown(LogFolderUnder(line))}) : "",
             ", até o próximo início."}),
       Join({"Ponha na primeira linha só a pasta do Trevix",
-            path.empty() ? "" : Join({", ", Shown(path)}), ", e a linha CAMINHO na segunda."}));
+            Look(path) != Found::kFolder ? "" : Join({", ", Shown(path)}),
+            ", e a linha CAMINHO na segunda."}));
   return finding;
 }
 

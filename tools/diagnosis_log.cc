@@ -25,7 +25,7 @@ constexpr std::uint64_t kMuchOld = 1024 * 1048576ull;
 // Rotated files that are read for open sales; older ones tell of sales long forgotten.
 constexpr std::size_t kRotatedRead = 3;
 // Of a log that nothing rotates, the end; of many open sales, the last.
-constexpr std::size_t kMostBytes = 2 * kRotationSizeMB * 1048576;
+constexpr std::size_t kMostBytes = std::size_t{2 * kRotationSizeMB} * 1048576;
 constexpr std::size_t kMostSales = 10;
 
 // Seconds; the last sale of the log may still be at the printer.
@@ -107,8 +107,8 @@ LogTime SecondsNow() {
   const LocalTime now = Now();
   const std::chrono::sys_days day = std::chrono::year(now.year) / static_cast<unsigned>(now.month) /
                                     static_cast<unsigned>(now.day);
-  return std::chrono::seconds(day.time_since_epoch()).count() + now.hour * 3600 + now.minute * 60 +
-         now.second;
+  return std::chrono::seconds(day.time_since_epoch()).count() + LogTime{3600} * now.hour +
+         LogTime{60} * now.minute + now.second;
 }
 
 void JudgeSale(const Log& log, const OpenSale& sale, Finding& finding) {
@@ -220,7 +220,8 @@ Finding CheckLogSwitch(const Checkout& checkout) {
         Join({"Mostre as extensões no Windows, e renomeie ", Shown(hidden), " para ", path, "."}));
   std::string bytes;
   const SystemError error = ReadBytes(path, bytes, kSwitchBytes);
-  const std::string start = Join({"LD.txt começa com [", Shown(bytes), "]: "});
+  const std::string_view line = std::string_view(bytes).substr(0, bytes.find_first_of("\r\n"));
+  const std::string start = Join({"LD.txt começa com [", Shown(line), "]: "});
   switch (checkout.log_mode) {
     case LogMode::kDetailed:
       finding.Note("LD.txt pede o log detalhado, com as linhas normais e as detalhadas.");

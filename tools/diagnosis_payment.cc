@@ -219,12 +219,15 @@ Finding CheckGpRuns(const Checkout& checkout) {
     finding.Warn("Não verificado: não há GP nos caminhos conhecidos.", "Corrija antes o item gp.");
   else if (ImageRuns(exe))
     finding.Note(exe + " está em execução.");
+  else if (checkout.is_developers)
+    finding.Fail(exe +
+                     " não está em execução, e com a marca de desenvolvimento a biblioteca não o "
+                     "inicia: a venda espera 5 minutos e falha.",
+                 "Em um caixa, apague a marca. Em uma máquina de desenvolvimento, abra o GP.");
   else
-    finding.Warn(exe + (checkout.is_developers
-                            ? " não está em execução, e a marca de desenvolvimento impede que a "
-                              "biblioteca o inicie: a venda espera 5 minutos."
-                            : " não está em execução. A primeira chamada o inicia e devolve "
-                              "\"S;0;GP NÃO ATIVO\"."),
+    finding.Warn(exe +
+                     " não está em execução. A primeira chamada o inicia e devolve \"S;0;GP NÃO "
+                     "ATIVO\".",
                  "Abra o GP antes da primeira venda, ou chame Atv até ele responder.");
   std::vector<std::string> seen = {Lowered(exe)};
   for (std::size_t i = 0; i < kGpPlaces; ++i) {

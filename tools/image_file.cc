@@ -67,9 +67,10 @@ bool ReadExports(Reader& reader, const std::vector<Section>& sections, std::uint
   if (count == 0) return true;
   if (!names || !places || count > kMostExports) return false;
   for (std::uint32_t i = 0; i < count && !reader.failed(); ++i) {
-    const std::optional<std::size_t> name = OffsetOf(sections, reader.Number(*names + i * 4, 4));
+    const std::optional<std::size_t> name =
+        OffsetOf(sections, reader.Number(*names + std::size_t{i} * 4, 4));
     if (!name) return false;
-    exports.push_back({reader.Text(*name), base + reader.Number(*places + i * 2, 2)});
+    exports.push_back({reader.Text(*name), base + reader.Number(*places + std::size_t{i} * 2, 2)});
   }
   return !reader.failed();
 }
