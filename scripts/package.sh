@@ -51,7 +51,7 @@ python3 package/components.py "$folder" "$content" "$version"
 # Folders have the names of the package, pages those of this folder, and so do the links.
 page() {  # title result folder-of-pictures [language], Markdown on the standard input
   sed 's/^<!-- .* -->$//; s#\.\./simulators/README\.md#simuladores.html#g
-       s#\bexamples/#exemplos/#g; s#](\([a-z-]*\)\.md#](\1.html#g' |
+       s#\bexamples/#exemplos/#g; s#](\(\.\./docs/\)\?\([a-z-]*\)\.md#](\2.html#g' |
     pandoc --from gfm --to html5 --standalone --self-contained --metadata "pagetitle=$1" \
       --metadata lang="${4:-pt-BR}" --css "$project/package/documento.css" \
       --resource-path "$3" --output "$content/docs/$2.html"

@@ -71,5 +71,5 @@ if "documents" in sys.argv[3:]:
         expect(f'id="{export.lower()}"' in pages.get("caixora_h.html", ""), f"caixora_h.html: {export}")
     expect((package / "docs/guia.pdf").read_bytes().startswith(b"%PDF-"), "guia.pdf")
 
-print("\n".join(faults))
+print(*faults, sep="\n", end="\n" if faults else "")
 sys.exit(1 if faults else 0)
