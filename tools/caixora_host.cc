@@ -86,6 +86,22 @@ ExitStatus ShowVersions(const std::filesystem::path& library) {
   return kDone;
 }
 
+// Says in the console's title bar what runs there, while it does.
+class Title {
+ public:
+  Title() {
+    ::GetConsoleTitleW(before_, kLength);
+    ::SetConsoleTitleW(L"caixora_host: console da Caixora.dll");
+  }
+  ~Title() { ::SetConsoleTitleW(before_); }
+  Title(const Title&) = delete;
+  Title& operator=(const Title&) = delete;
+
+ private:
+  static constexpr DWORD kLength = 256;
+  wchar_t before_[kLength] = {};
+};
+
 ExitStatus Run(const Options& options, const std::optional<JsonOutput>& json) {
   const caixora_pdv::Biblioteca library(LibraryPath(options.library));
   if (options.bridge) {
@@ -93,6 +109,7 @@ ExitStatus Run(const Options& options, const std::optional<JsonOutput>& json) {
     Print("A saída da ponte foi fechada\n", STD_ERROR_HANDLE);
     return kRefused;
   }
+  const Title title;
   WatchForProcessEnd();
   TakeInterruptions();
   const Format format = {

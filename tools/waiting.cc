@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <iterator>
 #include <mutex>
-#include <stop_token>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +15,8 @@ namespace caixora {
 namespace {
 
 using std::chrono::seconds;
+
+constexpr DWORD kSecondMs = 1000;
 
 std::mutex console;                            // guards what follows, and what is shown
 const std::string* uncertain_after = nullptr;  // the warning of what blocks now
@@ -51,13 +51,9 @@ std::string Duration(seconds time) {
   return minutes == 0 ? rest : std::to_string(minutes) + " min " + rest;
 }
 
-void ShowTime(const std::stop_token& stop, const std::string& what) {
-  const auto start = std::chrono::steady_clock::now();
-  std::condition_variable_any stopped;
-  std::unique_lock lock(console);
-  for (seconds time{1};; ++time) {
-    stopped.wait_until(lock, stop, start + time, [] { return false; });
-    if (stop.stop_requested()) return;
+void ShowTime(HANDLE stop, const std::string& what) {
+  for (seconds time{1}; ::WaitForSingleObject(stop, kSecondMs) == WAIT_TIMEOUT; ++time) {
+    const std::lock_guard lock(console);
     Show("Aguardando " + what + ": " + Duration(time));
   }
 }
@@ -99,17 +95,19 @@ bool WaitFor(HANDLE object) {
          WAIT_OBJECT_0;
 }
 
-Waiting::Waiting(std::string what, std::string warning) : warning_(std::move(warning)) {
+Waiting::Waiting(std::string what, std::string warning)
+    : warning_(std::move(warning)), stop_(Own(::CreateEventW(nullptr, TRUE, FALSE, nullptr))) {
   {
     const std::lock_guard lock(console);
     uncertain_after = warning_.empty() ? nullptr : &warning_;
   }
   if (IsConsole(::GetStdHandle(STD_ERROR_HANDLE)))
-    line_.emplace([what = std::move(what)](const std::stop_token& stop) { ShowTime(stop, what); });
+    line_ = std::thread([stop = stop_.get(), what = std::move(what)] { ShowTime(stop, what); });
 }
 
 Waiting::~Waiting() {
-  line_.reset();
+  ::SetEvent(stop_.get());
+  if (line_.joinable()) line_.join();
   const std::lock_guard lock(console);
   uncertain_after = nullptr;
   Erase();

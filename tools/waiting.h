@@ -1,11 +1,10 @@
 // What the person at the console sees, and may do, while something blocks.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <thread>
 
-#include "windows/win32.h"
+#include "windows/handle.h"
 
 namespace caixora {
 
@@ -34,7 +33,8 @@ class Waiting {
 
  private:
   std::string warning_;
-  std::optional<std::jthread> line_;
+  Handle stop_;
+  std::thread line_;
 };
 
 }  // namespace caixora
