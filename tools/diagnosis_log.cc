@@ -25,7 +25,7 @@ constexpr std::uint64_t kMuchOld = 1024 * 1048576ull;
 // Rotated files that are read for open sales; older ones tell of sales long forgotten.
 constexpr std::size_t kRotatedRead = 3;
 // Of a log that nothing rotates, the end; of many open sales, the last.
-constexpr std::size_t kMostBytes = std::size_t{2 * kRotationSizeMB} * 1048576;
+constexpr std::size_t kMostBytes = std::size_t{2} * kRotationSizeMB * 1048576;
 constexpr std::size_t kMostSales = 10;
 
 // Seconds; the last sale of the log may still be at the printer.

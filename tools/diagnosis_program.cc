@@ -24,7 +24,7 @@ constexpr LibraryExport kExports[] = {
 
 constexpr char kLibraryName[] = "Caixora.dll";
 constexpr char kCopyAgain[] = "Copie de novo a Caixora.dll de 64 bits do pacote.";
-constexpr std::size_t kMostBytes = 64 * 1048576;
+constexpr std::size_t kMostBytes = std::size_t{64} * 1048576;
 constexpr std::size_t kHeaderBytes = 1048576;
 
 bool SameFolder(const Checkout& checkout) {
@@ -140,6 +140,7 @@ Finding CheckLibrary(const Checkout& checkout) {
 
   if (found.empty()) {
     std::vector<std::string> shown;
+    shown.reserve(paths.size());
     for (const std::string& path : paths) shown.push_back(Shown(path));
     finding.Fail(Join({"A biblioteca não foi achada. Procurada: ", Listed(shown), "."}),
                  "Copie a Caixora.dll de 64 bits para a pasta do executável do PDV.");
