@@ -163,6 +163,28 @@ std::string Joined(const std::vector<std::string>& lines, std::size_t begin, std
   return bytes;
 }
 
+// Whatever is left of a sale's confirmation, the sale is not closed by a part of it.
+TEST(Log, ClaimsNoMoreThanACutLogSays) {
+  const Writer day = Calls(Sale(17) + "; Confirmar $C $P 17", false);
+  const std::size_t answer = day.log.rfind("RETORNO: ");
+  for (std::size_t size = answer; size < day.log.size(); ++size) {
+    Log log;
+    log.Add("Caixora.log", day.log.substr(0, size));
+    log.Read();
+    ASSERT_EQ(log.calls().size(), 2u) << size;
+    EXPECT_EQ(log.calls()[1].outcome, Outcome::kUnfinished) << log.calls()[1].result;
+    EXPECT_EQ(log.OpenSales().size(), 1u) << size;
+  }
+  const Writer sale = Calls(Sale(17), false);
+  const auto named = std::ranges::find_if(
+      sale.lines, [](const std::string& line) { return line.find("[METODO]") != line.npos; });
+  const auto cut = static_cast<std::size_t>(named - sale.lines.begin()) + 1;
+  Log log;
+  log.Add("Caixora.log", Joined(sale.lines, cut, sale.lines.size() - 1));
+  log.Read();
+  EXPECT_EQ(log.OpenSales().size(), 1u);
+}
+
 // The first call of a process begins in the current folder's log, and goes on in the GP's.
 TEST(Log, JoinsACallOfTwoLogs) {
   const Writer older = Calls(Sale(16), false, -86400000);
@@ -220,6 +242,15 @@ TEST(Log, KnowsOpenSales) {
   }
 }
 
+TEST(Log, TakesTheLineEndsOfOtherMachines) {
+  std::string bytes = Calls(Sale(17) + "; Confirmar $C $P 17", false).log;
+  std::erase(bytes, '\n');
+  Log log;
+  EXPECT_TRUE(log.Add("Caixora.log", bytes));
+  log.Read();
+  EXPECT_EQ(log.calls().size(), 2u);
+}
+
 std::string Page(const Log& log, bool whole) {
   std::ostringstream page;
   WriteReport(log, {.whole = whole}, page);
@@ -245,6 +276,20 @@ TEST(Report, LosesNoLineOfWhateverFile) {
       ASSERT_NE(page.find(html), page.npos) << round << ": " << line;
     }
   }
+}
+
+TEST(Report, ShortensFileNamesAndAmounts) {
+  std::string bytes = Calls(Sale(17), false).log;
+  const std::string amount = "dValor:12.500000";
+  bytes.replace(bytes.find(amount), amount.size(), "dValor:12345678000195");
+  Log log;
+  log.Add("loja 12.345.678-0001-95.log", bytes);
+  log.Add("Caixora_20240306120000.log", bytes);
+  log.Read();
+  const std::string page = Page(log, false);
+  EXPECT_NE(page.find("loja …0195.log"), page.npos);
+  EXPECT_NE(page.find("Caixora_20240306120000.log"), page.npos);
+  EXPECT_EQ(page.find("12345678000195"), page.npos);
 }
 
 TEST(Shortened, LeavesTheLastDigits) {

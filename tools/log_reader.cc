@@ -305,9 +305,20 @@ std::array<std::string_view, 15> RecordFields(std::string_view logged) {
 
 // The library's own answer has a coupon and nothing else.
 bool IsLocalAnswer(std::string_view result) {
-  if (!result.starts_with(kLocalAnswer)) return false;
-  const std::string_view record = result.substr(kLocalAnswer.size());
-  return record.find("\n") == record.npos && record.substr(record.find(';')) == ";;;;;;;1;;;;;;;";
+  constexpr std::string_view kRest = ";;;;;;;1;;;;;;;";
+  if (!result.starts_with(kLocalAnswer) || !result.ends_with(kRest)) return false;
+  result.remove_prefix(kLocalAnswer.size());
+  return result.find_first_of(";\n") == result.size() - kRest.size();
+}
+
+// A log that ends within its last line may leave open whose answer this is.
+bool IsCut(std::string_view result) {
+  if (result.starts_with("S;0;") || result.starts_with("S;1;")) return false;
+  constexpr std::ptrdiff_t kSeparators = 14;
+  const std::size_t record = result.find("\nC;");
+  if (!result.starts_with("S;2;") || record == result.npos) return true;
+  const std::string_view line = result.substr(record + 3);
+  return std::ranges::count(line.substr(0, line.find('\n')), ';') < kSeparators;
 }
 
 // ---- Calls ----
@@ -569,6 +580,10 @@ class Follower {
     call.network = fields[3];
     call.authorisation = fields[4];
     call.nsu = fields[5];
+    if (IsCut(call.result)) {
+      call.result.append("…");
+      return;
+    }
     progress.ended = call.ends_in_log = true;
     if (call.result.starts_with("S;0;")) {
       call.outcome = Outcome::kRefused;
@@ -783,8 +798,11 @@ std::vector<OpenSale> Log::OpenSales() const {
       std::erase_if(open,
                     [&](const OpenSale& sale) { return calls_[sale.call].coupon == call.coupon; });
     // A call whose name is cut off may have been a sale; an answer with an amount looks like one.
+    const bool unanswered =
+        call.outcome == Outcome::kUnfinished || call.outcome == Outcome::kLocalFailure;
     const bool sells = call.kind == CallKind::kSale ||
-                       (call.operation.empty() && call.answered_cents.value_or(0) > 0);
+                       (call.kind == CallKind::kPayment && call.operation.empty() &&
+                        (unanswered || call.answered_cents.value_or(0) > 0));
     if (!sells) continue;
     if (call.outcome == Outcome::kApproved)
       open.push_back({i, OpenSale::Why::kApproved});

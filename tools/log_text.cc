@@ -57,12 +57,15 @@ std::string DecodeLog(std::string_view bytes) {
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   const bool is_utf8 = IsUtf8(bytes);
   if (is_utf8 && bytes.starts_with(kMark)) bytes.remove_prefix(kMark.size());
+  const bool has_feeds = bytes.find('\n') != bytes.npos;
   std::string text;
   text.reserve(bytes.size() + bytes.size() / 16);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
     if (byte == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n') continue;
-    if (byte < 0x80 || is_utf8)
+    if (byte == '\r' && !has_feeds)
+      text.push_back('\n');
+    else if (byte < 0x80 || is_utf8)
       text.push_back(bytes[i]);
     else
       AppendUtf8(byte < 0xA0 ? kHigh[byte - 0x80] : byte, text);

@@ -69,6 +69,15 @@ bool AmountDiffers(const Call& call) {
          call.answered_cents && *call.answered_cents != *call.cents;
 }
 
+// The digits of "Caixora_20240307091505.log", which are a time and no CNPJ.
+std::string_view RotationStamp(std::string_view name) {
+  constexpr std::string_view kBefore = "Caixora_", kBehind = ".log";
+  constexpr std::size_t kDigits = 14;
+  if (!name.starts_with(kBefore) || !name.ends_with(kBehind)) return {};
+  name = name.substr(kBefore.size(), name.size() - kBefore.size() - kBehind.size());
+  return name.size() == kDigits && name.starts_with("20") ? name : std::string_view{};
+}
+
 std::string_view FirstLine(std::string_view text) { return text.substr(0, text.find('\n')); }
 
 // What the result says to people: "TRANSACAO NEGADA" of "S;0;TRANSACAO NEGADA".
@@ -200,8 +209,10 @@ class Report {
     html_ << "</p><ul class=\"files\">";
     for (const LogFile& file : log_.files()) {
       html_ << "<li><b>";
-      html_.Text(file.name) << "</b> " << Number(static_cast<std::int64_t>(file.bytes / 1024))
-                            << " KiB, " << Counted(file.lines, "linha", "linhas") << "</li>";
+      const std::array<std::string_view, 1> kept = {RotationStamp(file.name)};
+      html_.Logged(file.name, kept)
+          << "</b> " << Number(static_cast<std::int64_t>(file.bytes / 1024)) << " KiB, "
+          << Counted(file.lines, "linha", "linhas") << "</li>";
     }
     html_ << "</ul>";
   }
@@ -224,8 +235,7 @@ class Report {
         reasons[{"Aprovada com outro valor", FindByResult("(valor diferente)")}].push_back(i);
     }
     if (reasons.empty()) {
-      html_ << "<p class=\"fine\"><b>Nenhuma.</b> Depois de cada venda que o GP aprovou há uma "
-               "confirmação ou um desfazimento do seu cupom.</p>";
+      NoOpenSales();
       return;
     }
     html_ << "<ul class=\"open-sales\">";
@@ -244,6 +254,23 @@ class Report {
     html_ << "</ul>";
   }
 
+  void NoOpenSales() {
+    const auto is_cut = [cut = FindByResult("(fim do log)")](const Call& call) {
+      return call.kind != CallKind::kFlow && call.failures == std::vector{cut};
+    };
+    const auto is_sold = [](const Call& call) {
+      return call.kind == CallKind::kSale && call.outcome == Outcome::kApproved;
+    };
+    html_ << "<p class=\"fine\"><b>Nenhuma.</b> "
+          << (std::ranges::any_of(calls_, is_sold)
+                  ? "Depois de cada venda que o GP aprovou há uma confirmação ou um desfazimento "
+                    "do seu cupom."
+                  : "O log não tem venda que o GP aprovou.");
+    if (std::ranges::any_of(calls_, is_cut))
+      html_ << " Mas o log acaba no meio de uma chamada: leia também o seguinte.";
+    html_ << "</p>";
+  }
+
   static std::pair<std::string_view, const Failure*> ReasonOf(const Call& call, OpenSale::Why why) {
     if (why == OpenSale::Why::kApproved)
       return {"Aprovada, sem desfecho", FindByResult("(aprovada, sem desfecho)")};
@@ -258,7 +285,7 @@ class Report {
     html_ << "<li><a href=\"#c" << index << "\">";
     if (call.coupon) html_ << "cupom " << std::int64_t{*call.coupon};
     html_ << "</a> ";
-    html_.Text(AmountText(call)) << " · ";
+    html_.Logged(AmountText(call)) << " · ";
     html_.Logged(call.operation.empty() ? kNotLogged : call.operation)
         << " · " << DateText(call.begin) << " " << ClockText(call.begin) << "</li>";
   }
@@ -412,7 +439,7 @@ class Report {
     html_ << "<td class=\"n\" data-l=\"Cupom\">";
     if (call.coupon) html_ << std::int64_t{*call.coupon};
     html_ << "</td><td class=\"n\" data-l=\"Valor\">";
-    html_.Text(AmountText(call));
+    html_.Logged(AmountText(call));
     if (AmountDiffers(call))
       html_ << " <strong class=\"differs\">aprovado " << Reais(*call.answered_cents) << "</strong>";
     html_ << "</td><td data-l=\"Resultado\"><span class=\"chip o" << outcome << "\">"
