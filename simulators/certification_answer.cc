@@ -27,12 +27,12 @@ std::string LongReceipt() {
 
 }  // namespace
 
-std::string Dressed(std::string answer, const Part& part) {
+std::string Dressed(std::string_view answer, const Part& part) {
   std::string dressed;
-  std::string_view rest = answer;
-  while (!rest.empty()) {
-    const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
-    rest.remove_prefix(line.size());
+  while (!answer.empty()) {
+    const std::size_t last = std::min(answer.find('\n'), answer.size() - 1);
+    const std::string_view line = answer.substr(0, last + 1);
+    answer.remove_prefix(line.size());
     if (line.starts_with("030-000") && !part.message.empty()) {
       dressed += "030-000 = " + part.message + "\r\n";
     } else if (line.starts_with("028-000") && part.long_receipt) {

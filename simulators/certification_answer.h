@@ -8,6 +8,6 @@
 namespace caixora::certification {
 
 // Gives a composed answer the message of the part, or its long receipt.
-std::string Dressed(std::string answer, const Part& part);
+std::string Dressed(std::string_view answer, const Part& part);
 
 }  // namespace caixora::certification
