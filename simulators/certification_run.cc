@@ -113,7 +113,7 @@ class Director : public gp::Director, public Stage {
   void Received(const Request&, const gp::Outcome&, Moment) override { decided_ = false; }
 
   void Revise(const Request&, std::string& answer) override {
-    answer = Dressed(std::move(answer), *part_);
+    answer = Dressed(answer, *part_);
   }
 
   void Answered(const Request& request, const Request& answer, Moment now) override {
