@@ -133,11 +133,17 @@ Finding CheckConfig(const Checkout& checkout) {
   const CheckoutConfig& config = checkout.config;
   const std::string looked_for = Shown(checkout.folder + "\\" + kConfigFile);
   if (config.opened != SystemError::kNone) {
-    const bool missing = Look(kConfigFile) == Found::kMissing;
-    finding.Fail(
-        Join({looked_for, missing ? " não existe. " : " não abre: ",
-              missing ? "" : Reason(config.opened) + ". ", Returns(FlowCode::kNoConfigFile)}),
-        RemedyFor(FlowCode::kNoConfigFile));
+    const Found found = Look(kConfigFile);
+    const bool missing = found == Found::kMissing;
+    const std::string why = missing ? " não existe. "
+                            : found == Found::kFolder
+                                ? " é uma pasta, e não um arquivo. "
+                                : Join({" não abre: ", Reason(config.opened), ". "});
+    finding.Fail(Join({looked_for, why, Returns(FlowCode::kNoConfigFile)}),
+                 missing                   ? RemedyFor(FlowCode::kNoConfigFile)
+                 : found == Found::kFolder ? "Apague a pasta, e ponha o arquivo no lugar dela."
+                                           : "Feche o programa que usa o arquivo, e dê ao usuário "
+                                             "do caixa permissão para lê-lo.");
     if (const std::string hidden = WithHiddenExtension(kConfigFile); !hidden.empty())
       finding.Fail(Join({"Há um ", Shown(hidden), ", que não conta."}),
                    Join({"Mostre as extensões no Windows, e renomeie-o para ", kConfigFile, "."}));
@@ -235,6 +241,16 @@ Finding CheckCompanion(const Checkout& checkout) {
                          " sobrou de uma chamada interrompida: o que ele tem vai à "
                          "frente da próxima resposta."}),
                    Join({"Sem fluxo em curso, apague ", Shown(left), "."}));
+  // The start deletes what an earlier flow left; what it cannot delete is read as this flow's.
+  for (const std::string& left :
+       {folder + kQuestionFolder + kQuestionFile, folder + kAnswerFolder + kAnswerFile}) {
+    if (Look(left) == Found::kMissing) continue;
+    if (const SystemError error = TryToDelete(left); error != SystemError::kNone)
+      finding.Fail(
+          Join({Shown(left), " não pode ser apagado: ", Reason(error), ". O fluxo para nele."}),
+          Join({"Feche o programa que o usa, tire o atributo \"somente leitura\", e apague ",
+                Shown(left), "."}));
+  }
   if (ImageRuns(kCompanionExe))
     finding.Warn("Trevix.exe está em execução: o início de um fluxo o encerra.",
                  "Se nenhum fluxo está em curso, feche o Trevix.");

@@ -118,7 +118,7 @@ void JudgeSale(const Log& log, const OpenSale& sale, Finding& finding) {
       waits && sale.call + 1 == log.calls().size() && SecondsNow() - call.end < kPatience;
   const Status status = may_go_on ? Status::kWarning : Status::kFailure;
   const std::string which =
-      Join({call.operation, ", ",
+      Join({call.operation.empty() ? "Chamada sem nome no log" : call.operation, ", ",
             call.coupon ? "cupom " + std::to_string(*call.coupon) : "sem cupom conhecido", ", em ",
             DateText(call.begin), " às ", ClockText(call.begin), ": "});
   constexpr std::string_view kUndo =
@@ -236,6 +236,11 @@ Finding CheckLogSwitch(const Checkout& checkout) {
         finding.Warn(Join({"LD.txt não pode ser lido: ", Reason(error),
                            ". Log com as linhas normais, seja qual for o conteúdo."}),
                      "Feche o programa que usa LD.txt, e veja a permissão dele.");
+      else if (!Trim(bytes).empty())
+        finding.Warn(Join({start,
+                           "a primeira linha está vazia, e só ela conta. Log com as linhas "
+                           "normais."}),
+                     "Deixe LD.txt vazio, ou ponha DETALHADO na primeira linha.");
       else
         finding.Note("LD.txt está vazio. Log com as linhas normais.");
       break;

@@ -67,7 +67,8 @@ std::string Shown(std::string_view ansi) {
   std::string text;
   for (const char c : ansi) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte >= ' ' && byte != 0x7F) {
+    // A blank that does not break and a soft hyphen pass for a blank and for nothing.
+    if (byte >= ' ' && byte != 0x7F && byte != 0xA0 && byte != 0xAD) {
       text += Utf8({&c, 1});
       continue;
     }
