@@ -221,6 +221,7 @@ TEST(Log, KnowsOpenSales) {
       {Sale(17), 17, "aprovada"},
       {Sale(17) + "; Confirmar $C $P 17", 0, ""},
       {Sale(17) + "; Desfazimento $C $P 17", 0, ""},
+      {Sale(17) + "; VendeCredito $C $P 12.5 17 3; Confirmar $C $P 17", 17, "aprovada"},
       {Sale(17) + "; Confirmar $C $P 18", 17, "aprovada"},
       {Sale(17) + "; Confirmar 1 $P 17", 17, "aprovada"},
       {Sale(17) + "; tranca $RESP; quando 2x +200: solta Pavolin.exe; Confirmar $C $P 17", 17,

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <span>
 #include <tuple>
+#include <unordered_map>
 
 #include "exchange/operations.h"
 #include "exchange/tef_call.h"
@@ -363,6 +364,8 @@ class Follower {
   void FollowAll() {
     for (Index i = 0; i < lines_.size(); ++i)
       if (lines_[i].time != kNoTime) Follow(i);
+    for (const LogLine& line : lines_)
+      if (line.call != kNone) last_of_version_[VersionOf(line)] = line.call;
     for (Progress& progress : progress_) Conclude(progress);
   }
 
@@ -581,7 +584,11 @@ class Follower {
     call.authorisation = fields[4];
     call.nsu = fields[5];
     if (IsCut(call.result)) {
-      call.result.append("…");
+      constexpr std::size_t kStatus = 4;  // "S;2;"
+      if (call.result.size() > kStatus)
+        call.result.append("…");
+      else
+        call.result.clear();
       return;
     }
     progress.ended = call.ends_in_log = true;
@@ -675,17 +682,14 @@ class Follower {
 
   // No line of its version comes later.
   bool IsLast(const Call& call) const {
-    for (Index i = call.lines.back() + 1; i < lines_.size(); ++i)
-      if (lines_[i].time != kNoTime && VersionOf(lines_[i]) == call.version &&
-          lines_[i].call != kNone)
-        return false;
-    return true;
+    return &calls_[last_of_version_.at(call.version)] == &call;
   }
 
   static constexpr Index kNone = LogLine::kNoCall;
   std::vector<LogLine>& lines_;
   std::vector<Call>& calls_;
-  std::vector<Progress> progress_;  // one for each call
+  std::vector<Progress> progress_;                               // one for each call
+  std::unordered_map<std::string_view, Index> last_of_version_;  // the call of its last line
   std::uint64_t order_ = 0;
 };
 
@@ -794,15 +798,21 @@ std::vector<OpenSale> Log::OpenSales() const {
   for (Index i = 0; i < calls_.size(); ++i) {
     const Call& call = calls_[i];
     const bool concludes = call.kind == CallKind::kConfirmation || call.kind == CallKind::kUndo;
-    if (concludes && call.outcome == Outcome::kLocalReply)
-      std::erase_if(open,
-                    [&](const OpenSale& sale) { return calls_[sale.call].coupon == call.coupon; });
+    if (concludes && call.outcome == Outcome::kLocalReply) {
+      // Of several sales of a coupon, as when its numbers begin anew each day, the last.
+      const auto is_its = [&](const OpenSale& sale) {
+        return calls_[sale.call].coupon == call.coupon;
+      };
+      const auto last = std::find_if(open.rbegin(), open.rend(), is_its);
+      if (last != open.rend()) open.erase(std::next(last).base());
+    }
     // A call whose name is cut off may have been a sale; an answer with an amount looks like one.
     const bool unanswered =
         call.outcome == Outcome::kUnfinished || call.outcome == Outcome::kLocalFailure;
-    const bool sells = call.kind == CallKind::kSale ||
-                       (call.kind == CallKind::kPayment && call.operation.empty() &&
-                        (unanswered || call.answered_cents.value_or(0) > 0));
+    const bool sells =
+        call.kind == CallKind::kSale ||
+        (call.kind == CallKind::kPayment && call.operation.empty() && call.local_reply.empty() &&
+         (unanswered || call.answered_cents.value_or(0) > 0));
     if (!sells) continue;
     if (call.outcome == Outcome::kApproved)
       open.push_back({i, OpenSale::Why::kApproved});

@@ -104,7 +104,8 @@ struct Call {
   }
 };
 
-// A sale without a confirmation or undo of its coupon behind it in the log.
+// A sale without a confirmation or undo of its coupon behind it in the log; each of those closes
+// one.
 struct OpenSale {
   enum class Why : std::uint8_t {
     kApproved,       // by the GP

@@ -283,8 +283,8 @@ class Report {
   void OpenSaleItem(std::size_t index) {
     const Call& call = calls_[index];
     html_ << "<li><a href=\"#c" << index << "\">";
-    if (call.coupon) html_ << "cupom " << std::int64_t{*call.coupon};
-    html_ << "</a> ";
+    html_ << (call.coupon ? "cupom " + std::to_string(*call.coupon) : "cupom desconhecido")
+          << "</a> ";
     html_.Logged(AmountText(call)) << " · ";
     html_.Logged(call.operation.empty() ? kNotLogged : call.operation)
         << " · " << DateText(call.begin) << " " << ClockText(call.begin) << "</li>";
