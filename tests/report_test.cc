@@ -176,6 +176,13 @@ TEST(Log, ClaimsNoMoreThanACutLogSays) {
     EXPECT_EQ(log.OpenSales().size(), 1u) << size;
   }
   const Writer sale = Calls(Sale(17), false);
+  const std::size_t handed_over = sale.log.find("VERIFICANDO SE");
+  for (std::size_t size = sale.log.find("\r\n", handed_over); size < sale.log.size(); ++size) {
+    Log log;
+    log.Add("Caixora.log", sale.log.substr(0, size));
+    log.Read();
+    EXPECT_EQ(log.OpenSales().size(), 1u) << size;
+  }
   const auto named = std::ranges::find_if(
       sale.lines, [](const std::string& line) { return line.find("[METODO]") != line.npos; });
   const auto cut = static_cast<std::size_t>(named - sale.lines.begin()) + 1;
@@ -212,6 +219,20 @@ TEST(Log, LeavesACallThatStops) {
     EXPECT_EQ(log.calls()[0].failures,
               std::vector{FindByResult("(sem retorno, depois do pedido)")});
     EXPECT_EQ(log.OpenSales().size(), 2u);
+  }
+}
+
+// The end of one day's log and the beginning of another's are no call.
+TEST(Log, JoinsNoCallsOfTwoDays) {
+  const Writer first = Calls(Sale(17), false, -86400000);
+  const Writer second = Calls(Sale(18), false);
+  for (std::size_t cut = 1; cut < second.lines.size(); ++cut) {
+    Log log;
+    log.Add("Caixora.log", Joined(second.lines, cut, second.lines.size()));
+    log.Add("Caixora_20240306120000.log", Joined(first.lines, 0, cut));
+    log.Read();
+    ASSERT_EQ(log.calls().size(), 2u) << cut;
+    EXPECT_EQ(log.calls()[1].coupon, 18) << cut;
   }
 }
 

@@ -25,9 +25,19 @@ struct Stamp {
   std::uint32_t message = 0;
 };
 
+constexpr std::string_view kShape = "00/00/0000 00:00:00 ::";
+
+// What is left of a stamp where the log was cut.
+bool BeginsAsStamp(std::string_view text) {
+  const auto fits = [](char c, char shape) {
+    return shape == '0' ? c >= '0' && c <= '9' : c == shape;
+  };
+  const std::size_t size = std::min(text.size(), kShape.size());
+  return std::ranges::equal(text.substr(0, size), kShape.substr(0, size), fits);
+}
+
 // "07/03/2024 09:15:05 ::1.0.0.0:: " at the start of the text; no time when there is none.
 Stamp ReadStamp(std::string_view text) {
-  constexpr std::string_view kShape = "00/00/0000 00:00:00 ::";
   if (text.size() < kShape.size()) return {};
   std::array<int, 6> numbers{};
   std::size_t number = 0;
@@ -355,6 +365,12 @@ struct Progress {
     if (step == kHandedOver) return 400;
     return step == kAwaiting ? 3 : 10;
   }
+
+  // So long after its last line that this one is of another call, whose beginning was cut off.
+  bool IsOver(LogTime time) const {
+    constexpr LogTime kSlowMachine = 60;
+    return function == FlowFunction::kNone && time - touched > Patience() + kSlowMachine;
+  }
 };
 
 class Follower {
@@ -409,7 +425,7 @@ class Follower {
         last = &progress;
     if (last == nullptr) return nullptr;
     const bool fresh = line.time - last->touched <= last->Patience();
-    return fresh || !last->ended ? last : nullptr;
+    return fresh || (!last->ended && !last->IsOver(line.time)) ? last : nullptr;
   }
 
   // Only the latest calls can still get lines.
@@ -443,6 +459,7 @@ class Follower {
     for (Progress& progress : Recent()) {
       const Call& call = calls_[progress.call];
       if (call.kind == CallKind::kFlow || progress.ended || call.version != version) continue;
+      if (progress.IsOver(line.time)) continue;
       if (known.step == kLocating && progress.entry_elsewhere && progress.file != line.file &&
           progress.touched == line.time)
         return progress.entry_elsewhere = false, &progress;
@@ -748,7 +765,7 @@ bool Log::Add(std::string name, std::string_view bytes) {
       lines_.push_back(
           {.text = line, .time = stamp.time, .message = stamp.message, .file = number});
       ++file.lines;
-    } else if (lines_.size() > first) {
+    } else if (lines_.size() > first && !(end == text.size() && BeginsAsStamp(line))) {
       // A further line of the message before it; line ends at the end of all belong to none.
       std::string_view& message = lines_.back().text;
       if (!line.empty())
@@ -814,6 +831,11 @@ std::vector<OpenSale> Log::OpenSales() const {
         (call.kind == CallKind::kPayment && call.operation.empty() && call.local_reply.empty() &&
          (unanswered || call.answered_cents.value_or(0) > 0));
     if (!sells) continue;
+    // The end of a sale whose beginning was not recognised as its own is no second sale.
+    if (call.operation.empty() && call.coupon)
+      std::erase_if(open, [&](const OpenSale& sale) {
+        return sale.why == OpenSale::Why::kUncertain && calls_[sale.call].coupon == call.coupon;
+      });
     if (call.outcome == Outcome::kApproved)
       open.push_back({i, OpenSale::Why::kApproved});
     else if (call.outcome == Outcome::kLocalReply)

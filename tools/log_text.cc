@@ -62,7 +62,8 @@ std::string DecodeLog(std::string_view bytes) {
   text.reserve(bytes.size() + bytes.size() / 16);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
-    if (byte == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n') continue;
+    // A log that was cut may end within its last line end.
+    if (byte == '\r' && (i + 1 == bytes.size() || bytes[i + 1] == '\n')) continue;
     if (byte == '\r' && !has_feeds)
       text.push_back('\n');
     else if (byte < 0x80 || is_utf8)
