@@ -233,6 +233,7 @@ TEST(Log, JoinsNoCallsOfTwoDays) {
     log.Read();
     ASSERT_EQ(log.calls().size(), 2u) << cut;
     EXPECT_EQ(log.calls()[1].coupon, 18) << cut;
+    EXPECT_EQ(log.calls()[0].failures, std::vector{FindByResult("(fim do log)")}) << cut;
   }
 }
 

@@ -380,8 +380,11 @@ class Follower {
   void FollowAll() {
     for (Index i = 0; i < lines_.size(); ++i)
       if (lines_[i].time != kNoTime) Follow(i);
-    for (const LogLine& line : lines_)
-      if (line.call != kNone) last_of_version_[VersionOf(line)] = line.call;
+    for (const LogLine& line : lines_) {
+      if (line.call == kNone) continue;
+      last_of_version_[VersionOf(line)] = line.call;
+      last_of_file_[line.file] = line.call;
+    }
     for (Progress& progress : progress_) Conclude(progress);
   }
 
@@ -676,14 +679,14 @@ class Follower {
     call.phase_ms[static_cast<std::size_t>(CallPhase::kPreparation)] =
         Estimate(call.begin, companion, 0);
     call.phase_ms[static_cast<std::size_t>(CallPhase::kGp)] = Estimate(companion, call.end, 0);
-    if (!call.ends_in_log) call.failures = {FindByResult(IsLast(call) ? "(fim do log)" : "")};
+    if (!call.ends_in_log) call.failures = {FindByResult(IsCutOff(call) ? "(fim do log)" : "")};
     std::erase(call.failures, nullptr);
   }
 
   // What a call means whose lines just stop.
   void ConcludeUnfinished(Progress& progress) {
     Call& call = calls_[progress.call];
-    if (IsLast(call)) {
+    if (IsCutOff(call)) {
       call.failures = {FindByResult("(fim do log)")};
       return;
     }
@@ -697,16 +700,24 @@ class Follower {
                                                        : "(sem retorno, antes do pedido)")};
   }
 
-  // No line of its version comes later.
-  bool IsLast(const Call& call) const {
-    return &calls_[last_of_version_.at(call.version)] == &call;
+  // Its lines stop where those of its version or file do, or before a call without its beginning:
+  // the log was cut there, and nothing is known of what followed.
+  bool IsCutOff(const Call& call) const {
+    const auto index = static_cast<Index>(&call - calls_.data());
+    if (last_of_version_.at(call.version) == index) return true;
+    if (last_of_file_.at(lines_[call.lines.back()].file) == index) return true;
+    const Index next = index + 1;
+    return next < calls_.size() && calls_[next].version == call.version &&
+           calls_[next].kind != CallKind::kFlow && !calls_[next].begins_in_log;
   }
 
   static constexpr Index kNone = LogLine::kNoCall;
   std::vector<LogLine>& lines_;
   std::vector<Call>& calls_;
-  std::vector<Progress> progress_;                               // one for each call
-  std::unordered_map<std::string_view, Index> last_of_version_;  // the call of its last line
+  std::vector<Progress> progress_;  // one for each call
+  // The call of the last line.
+  std::unordered_map<std::string_view, Index> last_of_version_;
+  std::unordered_map<std::uint16_t, Index> last_of_file_;
   std::uint64_t order_ = 0;
 };
 
