@@ -376,6 +376,8 @@ TEST(ReportCommand, SaysWhatIsWrong) {
       {{"--saida", page, page}, 1, "Não é um log"},
       {{"--saida", page, put("outro.txt", "nada\n")}, 1, "Não é um log"},
       {{"--saida", page, put("vazio.log", "")}, 1, "Arquivo vazio"},
+      {{"--saida", page, log, put("vazio.log", "")}, 0, "Arquivo vazio"},
+      {{"--saida", page, put("outro.txt", "nada\n"), log}, 0, "1 chamada:"},
       {{"--saida", page, (folder / "nada.log").string()}, 1, "não encontrado"},
       {{"--saida", page, (folder / "nada*.log").string()}, 1, "Nenhum arquivo"},
       {{"--saida", page, folder.string()}, 1, "É uma pasta"},

@@ -100,12 +100,20 @@ std::string ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   std::string bytes{std::istreambuf_iterator<char>(file), {}};
   if (!file) throw std::runtime_error("Não foi possível ler: " + Utf8(path));
-  if (bytes.empty()) throw std::runtime_error("Arquivo vazio: " + Utf8(path));
   return bytes;
 }
 
 // A page of ours holds lines of a log, and is none.
 bool IsPage(std::string_view bytes) { return bytes.starts_with("<!DOCTYPE"); }
+
+// Why the file is no log; empty when it is one, and was added.
+std::string WhyNoLog(const fs::path& path, Log& log) {
+  const std::string bytes = ReadFile(path);
+  if (bytes.empty()) return "Arquivo vazio: " + Utf8(path) + "\n";
+  if (IsPage(bytes) || !log.Add(Utf8(path.filename()), bytes))
+    return "Não é um log da Caixora: " + Utf8(path) + "\n";
+  return {};
+}
 
 void WritePage(const Request& request, const Log& log) {
   for (const fs::path& input : request.logs) {
@@ -125,10 +133,13 @@ int RunReport(std::span<const std::string> arguments, std::ostream& out, std::os
   try {
     const Request request = ParseArguments(arguments);
     Log log;
-    for (const fs::path& path : request.logs)
-      if (const std::string bytes = ReadFile(path);
-          IsPage(bytes) || !log.Add(Utf8(path.filename()), bytes))
-        throw std::runtime_error("Não é um log da Caixora: " + Utf8(path));
+    std::size_t logs = 0;
+    for (const fs::path& path : request.logs) {
+      const std::string why = WhyNoLog(path, log);
+      logs += why.empty();
+      errors << why;
+    }
+    if (logs == 0) return 1;
     log.Read();
     WritePage(request, log);
     out << Utf8(fs::absolute(request.page)) << "\n" << ReportSummary(log);
