@@ -493,10 +493,13 @@ class Report {
     html_ << "</p>";
     if (call.failures.size() > 1) html_ << "<p>Um destes:</p>";
     for (const Failure* const failure : call.failures) {
-      html_ << "<dl class=\"why\"><dt>O PDV recebeu</dt><dd><code>";
-      html_.Logged(call.failures.size() > 1 || call.result.empty() ? failure->result
-                                                                   : FirstLine(call.result))
-          << "</code></dd><dt>O que significa</dt><dd>";
+      const std::string_view got = call.failures.size() > 1 || call.result.empty()
+                                       ? std::string_view(failure->result)
+                                       : FirstLine(call.result);
+      // In brackets: what the log shows in the place of a result.
+      html_ << "<dl class=\"why\"><dt>" << (got.starts_with('(') ? "No log" : "O PDV recebeu")
+            << "</dt><dd><code>";
+      html_.Logged(got) << "</code></dd><dt>O que significa</dt><dd>";
       html_.Text(failure->meaning) << "</dd><dt>O que fazer</dt><dd>";
       html_.Text(failure->remedy) << "</dd></dl>";
     }
