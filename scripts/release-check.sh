@@ -18,7 +18,7 @@ gate_fontes() {  # what is released is what was committed
 }
 gate_verificacoes() { scripts/check.sh; }
 gate_testes() { scripts/test.sh; }
-gate_medidas() { scripts/bench.sh; }
+gate_medidas() { scripts/bench.sh && scripts/bench_relatorio.sh; }
 gate_fuzz() { scripts/fuzz.sh 60; }
 # Once here and once from a clone with a blank in its name, under another umask and time zone.
 gate_pacote() {
