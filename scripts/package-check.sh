@@ -68,10 +68,12 @@ refuses() {  # path that another made
   rm "$WINEPREFIX/$1"
   rmdir --ignore-fail-on-non-empty "$(dirname "$WINEPREFIX/$1")"
 }
-while read -r path; do
-  refuses "drive_d/$path"
-done < <(sed -n 's/^    {":\\\\\(.*\)\\\\", "\(.*\)"},/\1\/\2/p' src/exchange/gp_location.cc |
-  grep -v '^Lumetra/clientorvane_simulador')
+mapfile -t places < <(sed -n 's/^    {":\\\\\(.*\)\\\\", "\(.*\)"},.*/\1\/\2/p' \
+  src/exchange/gp_candidates.cc)
+[ ${#places[@]} -ge 7 ] || fail 'não se leem os lugares do GP'
+for place in "${places[@]}"; do
+  [ "$place" = Lumetra/clientorvane_simulador.exe ] || refuses "drive_d/$place"
+done
 refuses drive_c/OrvaneAutomacao.txt
 refuses drive_e/Tef_Dial/Tef_Dial.exe
 refuses drive_c/Trevix/Trevix.exe
