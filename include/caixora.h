@@ -22,14 +22,24 @@
  *    some.
  * 6. Confirmar and Desfazimento leave a pending confirmation, which the next answer read forgets. A
  *    call of theirs that is refused, or that finds the GP not running, leaves it in force, and the
- *    next payment call is then answered as if it were the confirmation. Repeat the refused call, or
- *    call Teste, which forgets it (as Cancelar and RecargaCelular do).
+ *    next payment call is then answered as if it were the confirmation. REPEAT THE REFUSED CALL
+ *    before any other. Teste, Cancelar and RecargaCelular forget it, and the sale stays without
+ *    its outcome.
+ * 7. Every approved sale has one outcome: Confirmar or Desfazimento, with the same iCupom. A coupon
+ *    number is never used for a second sale, not even after a refusal.
  *
  * Result of a payment function (payment functions return CaixoraTexto unless stated otherwise):
  *
- *    S;0;<message>                                  refused or failed; the message says why
+ *    S;0;<message>                                  refused, failed or uncertain (below)
  *    S;1;<message>\r\nC;<15 fields>\r\nI;<line>...  approved, a receipt announced
  *    S;2;<message>\r\nC;<15 fields>                 approved, no receipt announced
+ *    S;2;COMANDO COM SUCESSO, no NSU                the library's own reply: the success of
+ *                                                   Confirmar and Desfazimento, and NEVER the
+ *                                                   approval of a sale
+ *
+ * A sale is uncertain, and is to be undone, with that reply of the library's own, with "S;0;GP NAO
+ * ATIVO", with "S;0;FALHA INTERNA, VERIFIQUE..." and with "S;0;GP N\xC3O ATIVO" of a call that took
+ * 1250 ms or more. Before that time nothing was written.
  *
  * The fifteen fields after "C;", separated by ";": 1 coupon, 2 amount in cents, 3 card institution,
  * 4 network, 5 authorisation, 6 NSU, 7 transaction type, 8 instalments, 9 field 800-007 (control),
