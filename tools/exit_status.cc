@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::pair<ExitStatus, std::string_view> kMeanings[] = {
     {kDone, "sucesso; de um desfecho, também a resposta local"},
-    {kRefused, "recusa ou falha: S;0;, um código diferente de 0, [ERROABORTAR]"},
+    {kRefused, "recusa, falha ou venda incerta: S;0;, um código diferente de 0, [ERROABORTAR]"},
     {kUsage, "uso errado: nada foi chamado"},
     {kNoLibrary, "a biblioteca não foi carregada: nada foi chamado"},
     {kLocalReply, "resposta local: S;2; que não é uma aprovação; desfaça a venda"},

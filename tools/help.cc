@@ -90,10 +90,12 @@ std::string_view ReturnHelp(const Function& function) {
   constexpr std::string_view kText = "AguardaFuncaoQJInterativo";
   switch (function.kind) {
     case Kind::kSale:
-      return "  S;0;<mensagem>  recusada ou com falha\n"
+      return "  S;0;<mensagem>  recusada, com falha ou incerta\n"
              "  S;1;...         aprovada, o GP anunciou comprovante\n"
              "  S;2;...         aprovada, o GP não anunciou comprovante\n"
              "  S;2;COMANDO COM SUCESSO, sem NSU, é uma resposta local: não é uma aprovação.\n"
+             "  Incertas, e a desfazer: a resposta local, GP NAO ATIVO, FALHA INTERNA, VERIFIQUE\n"
+             "  e um GP NÃO ATIVO que veio depois de o pedido ser gravado.\n"
              "  Depois de uma aprovação: Confirmar, ou Desfazimento, com o mesmo cupom.\n";
     case Kind::kOutcome:
       return "  S;2;COMANDO COM SUCESSO  o pedido foi gravado; o GP não é esperado\n"
