@@ -58,7 +58,8 @@ build() {  # preset [targets...]
   # What was built before its folder was moved or copied names the old one everywhere.
   grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt" || rm -rf "build/$1"
   [ -e "build/$1/build.ninja" ] || cmake --preset "$1" >/dev/null
-  cmake --build --preset "$1" ${2:+--target "${@:2}"} -- --quiet |
+  # Tests that run side by side all come by here.
+  flock "build/$1" cmake --build --preset "$1" ${2:+--target "${@:2}"} -- --quiet |
     sed '/^ninja: no work to do\.$/d'
 }
 

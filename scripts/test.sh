@@ -29,5 +29,6 @@ if [ -n "$full_disk" ]; then
 fi
 # One run, and one count, over both build folders.
 printf 'subdirs("native" "windows")\n' >build/CTestTestfile.cmake
-# What needs Windows goes one by one; the native tests run beside it.
+# What needs Windows goes one by one, but for the languages, which have their own; the native tests
+# run beside both.
 ctest --test-dir build --output-on-failure -j "$(nproc)" "${arguments[@]}"
