@@ -78,6 +78,8 @@ std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
   if (reply.Succeeded()) return text;
   if (result.RespostaLocal() || caixora_pdv::NegativaCerta(result, time))
     return text + Remedy(result.bruto);
+  if (reply.kind == Kind::kOutcome)
+    return text + "  Não se sabe se o GP recebeu o pedido. Repita a chamada antes de outra.\n";
   return text +
          "  O resultado é incerto: o GP pode ter feito a operação. Uma venda se desfaz:\n"
          "  Desfazimento, com o mesmo cupom. Outra operação se verifica no GP.\n";
