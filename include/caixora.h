@@ -26,7 +26,8 @@
  *    before any other. Teste, Cancelar and RecargaCelular forget it, and the sale stays without
  *    its outcome.
  * 7. Every approved sale has one outcome: Confirmar or Desfazimento, with the same iCupom. A coupon
- *    number is never used for a second sale, not even after a refusal.
+ *    number is never used for a second sale, not even after a refusal. Each call begins by removing
+ *    a request that the GP has not taken yet, an outcome too.
  *
  * Result of a payment function (payment functions return CaixoraTexto unless stated otherwise):
  *

@@ -50,7 +50,7 @@ export interface Campos {
 
 export class Resultado {
   constructor(bruto: string);
-  /** 0 recusada ou com falha; 1 e 2 atendida. Veja `aprovada`. */
+  /** 0 recusada, com falha ou incerta; 1 e 2 atendida. Veja `aprovada`. */
   readonly codigo: 0 | 1 | 2;
   readonly mensagem: string;
   readonly campos: Campos;
