@@ -1,6 +1,9 @@
 #include "simulators/certification.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
 
 namespace caixora::certification {
 namespace {
@@ -120,12 +123,17 @@ std::string Describe(const Request& request) {
   return text;
 }
 
+const Condition* AmountOf(const Expectation& expectation) {
+  for (const Condition& condition : expectation.conditions)
+    if (condition.key == "003-000" && condition.test == Test::kEqual) return &condition;
+  return nullptr;
+}
+
 std::string Describe(const Expectation& expectation) {
   switch (expectation.kind) {
     case Kind::kSale:
-      for (const Condition& condition : expectation.conditions)
-        if (condition.key == "003-000" && !condition.value.starts_with('$'))
-          return "a venda de " + Reais(condition.value);
+      if (const Condition* amount = AmountOf(expectation); amount && amount->value[0] != '$')
+        return "a venda de " + Reais(amount->value);
       return "a venda";
     case Kind::kCancellation:
       return "o cancelamento";
@@ -149,6 +157,21 @@ std::string Describe(const Expectation& expectation) {
   for (const Condition& condition : expectation.conditions)
     if (condition.key == "000-000") return "o pedido " + condition.value;
   return "o pedido";
+}
+
+std::optional<long long> Cents(std::string_view text) {
+  long long cents = 0;
+  const char* const last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, cents);
+  return error == std::errc() && end == last ? std::optional(cents) : std::nullopt;
+}
+
+// Whether the request was meant for this, be its other fields right or wrong.
+bool IsMeantFor(const Expectation& expectation, const Request& request) {
+  if (!IsOf(expectation.kind, request)) return false;
+  const Condition* amount = AmountOf(expectation);
+  return expectation.kind == Kind::kCancellation ||
+         (amount != nullptr && amount->value == request.Value("003-000"));
 }
 
 // A CPF or CNPJ keeps its ends.
@@ -350,7 +373,8 @@ void Certification::OnKey(char key, Moment now) {
 const Part& Certification::OnRequest(const Request& request, Moment now) {
   if (done_) return kUsual;
   if (request.IsSettlement()) return OnOutcome(request, now);
-  if (IsSale(request)) CheckNewSale(request);
+  if (IsSale(request))
+    for (Operation& operation : operations_) Blame(operation, &request);
   if (MoveTo(request, now)) return Accept(request, now);
   if (IsHarmless(request)) {
     Record(Current(), request);
@@ -360,14 +384,16 @@ const Part& Certification::OnRequest(const Request& request, Moment now) {
   for (std::size_t step : {last, last - std::min<std::size_t>(last, 1)})
     if (IsSecondTry(request, step)) {
       Record(step, request);
+      CheckCoupon(request, step);
       Add(request, step, false, kUsual);
       return kUsual;
     }
+  if (const std::optional<std::size_t> step = StepBehind(request)) return Repel(request, *step);
   return Reject(request, now);
 }
 
-// Brings the list to where this request is awaited: later in the step, or first in the next one.
-// What was awaited before it did not come.
+// Brings the list to where this request is awaited: later in the step, or first in the next one, or
+// first in a later one that it fits like no other. What was awaited before it did not come.
 bool Certification::MoveTo(const Request& request, Moment now) {
   if (ending_) return false;
   const std::vector<Expectation>& expectations = script_.steps[step_].expectations;
@@ -380,14 +406,26 @@ bool Certification::MoveTo(const Request& request, Moment now) {
         Fail(step_, reason);
     return true;
   }
+  const auto applies = [&](const Step& step) { return WhyNotApplicable(step).empty(); };
   std::size_t next = step_ + 1;
-  while (next < script_.steps.size() && !WhyNotApplicable(script_.steps[next]).empty()) ++next;
-  if (next == script_.steps.size() || !Matches(script_.steps[next].expectations.front(), request))
-    return false;
-  for (; awaited_ < expectations.size(); ++awaited_)
-    if (const std::string reason = Unmet(expectations[awaited_]); !reason.empty())
-      Fail(step_, reason);
-  Begin(step_ + 1, now, true);
+  while (next < script_.steps.size() && !applies(script_.steps[next])) ++next;
+  const std::size_t nearest = next;
+  const auto begins = [&](const Step& step) {
+    const Expectation& first = step.expectations.front();
+    const bool distinct = !IsHarmless(request) &&
+                          std::ranges::find(first.conditions, Test::kEqual, &Condition::test) !=
+                              first.conditions.end();
+    return applies(step) && (next == nearest || distinct) && Matches(first, request);
+  };
+  while (next < script_.steps.size() && !begins(script_.steps[next])) ++next;
+  if (next == script_.steps.size()) return false;
+  while (step_ < next) {
+    for (; awaited_ < script_.steps[step_].expectations.size(); ++awaited_)
+      if (const std::string reason = Unmet(script_.steps[step_].expectations[awaited_]);
+          !reason.empty())
+        Fail(step_, reason);
+    Begin(step_ + 1, now, true);
+  }
   return true;
 }
 
@@ -395,6 +433,7 @@ const Part& Certification::Accept(const Request& request, Moment now) {
   const Expectation& expectation = *Awaited();
   const Part& part = expectation.part;
   Record(step_, request);
+  CheckCoupon(request, step_);
   if (request.Has("001-000") && !IsHarmless(request)) {
     Add(request, step_, true, part);
     if (!expectation.name.empty()) named_operations_[expectation.name] = operations_.size() - 1;
@@ -408,8 +447,14 @@ const Part& Certification::Accept(const Request& request, Moment now) {
 
 const Part& Certification::Reject(const Request& request, Moment now) {
   const std::size_t step = Current();
+  if (IsAlteredSecondTry(request)) {
+    const Expectation& first = script_.steps[step - 1].expectations.front();
+    Fail(step - 1, "repetiu a venda desfeita: " + Mismatch(first, request));
+    return Repel(request, step - 1);
+  }
   Record(step, request);
-  if (IsSale(request)) Add(request, step, false, Refusal());
+  CheckCoupon(request, step);
+  if (request.Has("001-000")) Add(request, step, false, Refusal());
   const Expectation* awaited = Awaited();
   if (awaited != nullptr && IsOf(awaited->kind, request)) {
     Fail(step, Mismatch(*awaited, request));
@@ -417,6 +462,26 @@ const Part& Certification::Reject(const Request& request, Moment now) {
   } else if (!IsSale(request) || awaited == nullptr || !IsOutcome(awaited->kind)) {
     Fail(step, "chegou " + Describe(request) + ", que o passo não pede");
   }
+  return Refusal();
+}
+
+// What a step behind asked for, once more or too late. The list stays where it is.
+const Part& Certification::Repel(const Request& request, std::size_t step) {
+  Record(step, request);
+  CheckCoupon(request, step);
+  const bool is_sale = IsSale(request);
+  for (const Operation& operation : operations_) {
+    if (operation.step != step || operation.is_sale != is_sale) continue;
+    if (is_sale && operation.amount != request.Value("003-000")) continue;
+    if (operation.state == State::kConfirmed || (!is_sale && operation.state == State::kApproved)) {
+      Fail(step,
+           "chegou outra vez " + Describe(request) + ": o cupom " + operation.coupon + " já valia");
+      break;
+    }
+  }
+  stage_.Say("  Recusado, porque é do passo " + std::to_string(step + 1) + ": " +
+             Describe(request));
+  Add(request, step, false, Refusal());
   return Refusal();
 }
 
@@ -436,13 +501,14 @@ const Part& Certification::OnOutcome(const Request& request, Moment now) {
   if (awaited != nullptr && (!IsOutcome(awaited->kind) || OperationOf(*awaited) != operation))
     awaited = nullptr;
   const bool other = awaited != nullptr && !IsOf(awaited->kind, request);
+  const std::string what = operation->is_sale ? "uma venda recusada" : "uma operação recusada";
   const bool may_repeat = script_.steps[step].may_repeat_outcome;
   switch (operation->state) {
     case State::kRefused:
       if (confirms)
-        Fail(step, "confirmou uma venda recusada (cupom " + coupon + ')');
+        Fail(step, "confirmou " + what + " (cupom " + coupon + ')');
       else
-        Remark(step, "desfez uma venda recusada (cupom " + coupon + "), o que não é preciso");
+        Remark(step, "desfez " + what + " (cupom " + coupon + "), o que não é preciso");
       return kUsual;
     case State::kConfirmed:
       if (!confirms)
@@ -561,10 +627,9 @@ std::string Certification::Mismatch(const Expectation& expectation, const Reques
     if (value == wanted) continue;
     std::string reason = name + ' ' + Readable(key, value) + " em vez de " + Readable(key, wanted);
     if (key != "003-000") return reason;
-    const auto cents = [](std::string_view text) {
-      return text.empty() || text.size() > 15 ? 0 : std::stoll(std::string(text));
-    };
-    if (cents(value) + 1 == cents(wanted)) reason += ": truncou em vez de arredondar";
+    const std::optional<long long> came = Cents(value);
+    if (came && *came < INT64_MAX && Cents(wanted) == *came + 1)
+      reason += ": truncou em vez de arredondar";
     return reason;
   }
   return {};
@@ -575,9 +640,13 @@ bool Certification::Matches(const Expectation& expectation, const Request& reque
 }
 
 Certification::Operation* Certification::Find(std::string_view coupon) {
-  for (auto operation = operations_.rbegin(); operation != operations_.rend(); ++operation)
-    if (operation->coupon == coupon) return &*operation;
-  return nullptr;
+  Operation* last = nullptr;
+  for (auto operation = operations_.rbegin(); operation != operations_.rend(); ++operation) {
+    if (operation->coupon != coupon) continue;
+    if (operation->is_sale && operation->state == State::kApproved) return &*operation;
+    if (last == nullptr) last = &*operation;
+  }
+  return last;
 }
 
 Certification::Operation* Certification::OperationOf(const Expectation& expectation) {
@@ -611,17 +680,15 @@ std::string Certification::Unmet(const Expectation& expectation) {
   return "não confirmou nem desfez o cupom " + operation->coupon;
 }
 
-// A sale that begins while another has no outcome, or under a used coupon.
-void Certification::CheckNewSale(const Request& request) {
+void Certification::CheckCoupon(const Request& request, std::size_t step) {
+  if (!IsSale(request)) return;
   const std::string_view coupon = request.Value("001-000");
   for (const Operation& operation : operations_)
     if (operation.is_sale && operation.coupon == coupon && !operation.never_taken) {
-      const std::size_t step = Current();
       Fail(step, "reutilizou o cupom " + std::string(coupon) + ", do passo \"" +
                      script_.steps[operation.step].title + '"');
       break;
     }
-  for (Operation& operation : operations_) Blame(operation, &request);
 }
 
 void Certification::Blame(Operation& operation, const Request* next) {
@@ -646,14 +713,45 @@ void Certification::Blame(Operation& operation, const Request* next) {
   Fail(operation.step, reason);
 }
 
-// After the undo of a sale whose outcome was uncertain, it may be made again under a new coupon.
+// After the undo of a sale whose outcome was uncertain, it may be made again under a new coupon,
+// until it is through.
+bool Certification::MaySellAgain(std::size_t step) const {
+  bool undone = false;
+  for (const Operation& operation : operations_) {
+    if (operation.step != step) continue;
+    if (operation.state == State::kApproved || operation.state == State::kConfirmed) return false;
+    undone = undone || (operation.expected && operation.state == State::kUndone);
+  }
+  return undone && script_.steps[step].may_sell_again;
+}
+
 bool Certification::IsSecondTry(const Request& request, std::size_t step) const {
-  if (!script_.steps[step].may_sell_again) return false;
-  const Expectation& first = script_.steps[step].expectations.front();
-  const bool undone = std::ranges::any_of(operations_, [&](const Operation& operation) {
-    return operation.step == step && operation.expected && operation.state == State::kUndone;
-  });
-  return undone && Matches(first, request);
+  return MaySellAgain(step) && Matches(script_.steps[step].expectations.front(), request);
+}
+
+// A sale that no step asks for is a second try when its amount is nearer to that one.
+bool Certification::IsAlteredSecondTry(const Request& request) const {
+  if (!IsSale(request) || ending_ || step_ == 0 || !MaySellAgain(step_ - 1)) return false;
+  const auto distance = [&](const Expectation& expectation) {
+    const Condition* wanted = AmountOf(expectation);
+    const std::optional<long long> cents = wanted ? Cents(wanted->value) : std::nullopt;
+    const std::optional<long long> came = Cents(request.Value("003-000"));
+    return cents && came ? std::abs(static_cast<double>(*cents) - static_cast<double>(*came))
+                         : HUGE_VAL;
+  };
+  return distance(script_.steps[step_ - 1].expectations.front()) <
+         distance(script_.steps[step_].expectations[awaited_]);
+}
+
+// The last step so far that asked for this, be it done or not.
+std::optional<std::size_t> Certification::StepBehind(const Request& request) const {
+  for (std::size_t step = Current() + 1; step-- > 0;) {
+    const std::vector<Expectation>& all = script_.steps[step].expectations;
+    const std::size_t end = step < step_ ? all.size() : awaited_;
+    for (std::size_t i = 0; i < end; ++i)
+      if (IsMeantFor(all[i], request)) return step;
+  }
+  return std::nullopt;
 }
 
 void Certification::Add(const Request& request, std::size_t step, bool expected, const Part& part) {

@@ -118,9 +118,13 @@ class Certification {
   bool MoveTo(const Request& request, Moment now);
   const Part& Accept(const Request& request, Moment now);
   const Part& Reject(const Request& request, Moment now);
+  const Part& Repel(const Request& request, std::size_t step);
   const Part& OnOutcome(const Request& request, Moment now);
   bool IsSecondTry(const Request& request, std::size_t step) const;
-  void CheckNewSale(const Request& request);
+  bool IsAlteredSecondTry(const Request& request) const;
+  bool MaySellAgain(std::size_t step) const;
+  std::optional<std::size_t> StepBehind(const Request& request) const;
+  void CheckCoupon(const Request& request, std::size_t step);
   void Blame(Operation& operation, const Request* next);
   void Record(std::size_t step, const Request& request);
   void Add(const Request& request, std::size_t step, bool expected, const Part& part);
