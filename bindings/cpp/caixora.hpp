@@ -301,7 +301,7 @@ inline std::optional<std::int64_t> Numero(std::string_view texto) {
 // ---- Resultado de uma função de pagamento ----
 
 struct [[nodiscard]] Resultado {
-  int codigo = 0;  ///< 0 recusa ou falha, 1 aprovada com comprovante anunciado, 2 sem
+  int codigo = 0;  ///< 0 recusa, falha ou incerto, 1 aprovada com comprovante anunciado, 2 sem
   std::string mensagem;
   std::string cupom, valor_centavos, bandeira, rede, autorizacao, nsu, tipo, parcelas, controle,
       campo_170_000, codigo_rede, campo_740_000, campo_741_000, campo_742_000, campo_031_000;

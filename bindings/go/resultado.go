@@ -26,7 +26,7 @@ type Campos struct {
 
 // Resultado é a resposta de uma função de pagamento.
 type Resultado struct {
-	Codigo   int // 0 recusa ou falha, 1 aprovada com comprovante, 2 aprovada sem
+	Codigo   int // 0 recusa, falha ou incerto, 1 aprovada com comprovante, 2 aprovada sem
 	Mensagem string
 	Campos
 	Comprovante []string // as linhas

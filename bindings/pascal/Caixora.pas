@@ -68,7 +68,7 @@ type
   TTexto1252 = type AnsiString(1252);
 
   TResultadoTef = record
-    Codigo: Integer;                        // 0 recusa ou falha, 1 com comprovante, 2 sem
+    Codigo: Integer;                        // 0 recusa, falha ou incerto, 1 com comprovante, 2 sem
     Mensagem: UnicodeString;
     Campos: array[1..15] of UnicodeString;  // vazios quando Codigo = 0
     Comprovante: array of UnicodeString;    // uma linha por elemento

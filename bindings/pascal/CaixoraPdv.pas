@@ -48,7 +48,7 @@ type
   end;
 
   TResultado = record
-    Codigo: Integer; // 0 recusa ou falha, 1 com comprovante, 2 sem
+    Codigo: Integer; // 0 recusa, falha ou incerto, 1 com comprovante, 2 sem
     Mensagem: UnicodeString;
     Campos: TCampos;
     Comprovante: TTextos;
