@@ -194,7 +194,7 @@ namespace CaixoraTef
                 .Select(linha => linha.Substring(2)).ToArray();
         }
 
-        /// <summary>0: recusa, falha ou incerto; 1: aprovada, com comprovante; 2: aprovada, sem.</summary>
+        /// <summary>0: recusa, falha ou incerto; 1: aprovada, com comprovante; 2: sem.</summary>
         public int Codigo { get; }
 
         public string Mensagem { get; }
