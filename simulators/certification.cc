@@ -78,10 +78,22 @@ bool IsOf(Kind kind, const Request& request) {
 
 std::string Reais(std::string_view cents) { return "R$ " + gp::ReadableAmount(cents); }
 
+// A CPF or CNPJ, with its punctuation or without, keeps its ends.
+std::string Shortened(std::string_view value) {
+  std::string digits;
+  for (const char c : value) {
+    const bool is_digit = c >= '0' && c <= '9';
+    if (is_digit) digits += c;
+    if (!is_digit && c != '.' && c != '-' && c != '/') return std::string(value);
+  }
+  if (digits.size() != 11 && digits.size() != 14) return std::string(value);
+  return digits.substr(0, 2) + "…" + digits.substr(digits.size() - 2);
+}
+
 // An amount, or a field's value, for a reader.
 std::string Readable(std::string_view key, std::string_view value) {
   if (value.empty()) return "vazio";
-  return key == "003-000" ? gp::ReadableAmount(value) : std::string(value);
+  return key == "003-000" ? gp::ReadableAmount(value) : Shortened(value);
 }
 
 std::string Named(std::string_view key) {
@@ -172,13 +184,6 @@ bool IsMeantFor(const Expectation& expectation, const Request& request) {
   const Condition* amount = AmountOf(expectation);
   return expectation.kind == Kind::kCancellation ||
          (amount != nullptr && amount->value == request.Value("003-000"));
-}
-
-// A CPF or CNPJ keeps its ends.
-std::string Shortened(const std::string& value) {
-  const bool digits = std::ranges::all_of(value, [](char c) { return c >= '0' && c <= '9'; });
-  if (!digits || (value.size() != 11 && value.size() != 14)) return value;
-  return value.substr(0, 2) + "…" + value.substr(value.size() - 2);
 }
 
 }  // namespace

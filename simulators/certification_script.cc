@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
 
@@ -50,6 +51,12 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
+bool IsUtf8(std::string_view text) try {
+  return !nlohmann::json(text).dump().empty();
+} catch (const nlohmann::json::exception&) {
+  return false;
+}
+
 class Reader {
  public:
   Script Read(std::string_view text) {
@@ -58,6 +65,7 @@ class Reader {
       std::string_view line = text.substr(0, text.find('\n'));
       text.remove_prefix(std::min(line.size() + 1, text.size()));
       ++line_;
+      if (!IsUtf8(line)) Fail("não está em UTF-8");
       line = Trim(line);
       if (!line.empty() && line.front() != '#') ReadLine(line);
     }
@@ -221,14 +229,14 @@ class Reader {
     return condition;
   }
 
-  std::string Cents(std::string value) const {
-    const std::size_t comma = value.find(',');
-    const bool digits =
-        std::ranges::all_of(value, [](char c) { return c == ',' || (c >= '0' && c <= '9'); });
-    if (comma == std::string::npos || comma == 0 || comma + 3 != value.size() || !digits)
+  std::string Cents(const std::string& value) const {
+    std::string cents = value;
+    if (const std::size_t comma = cents.find(','); comma > 0 && comma + 3 == cents.size())
+      cents.erase(comma, 1);
+    const bool digits = std::ranges::all_of(cents, [](char c) { return c >= '0' && c <= '9'; });
+    if (cents.size() == value.size() || !digits)
       Fail(Quoted(value) + " não é um valor em reais, como 12,50");
-    value.erase(comma, 1);
-    return value;
+    return cents;
   }
 
   // A message as an answer holds it. Readers cut values at "=" and find keys at "-".

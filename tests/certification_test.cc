@@ -414,6 +414,8 @@ TEST(Script, IsRefusedWithItsLine) {
       {step, "linha 1: o passo \"a\" não espera nada"},
       {step + "espera brisa", "linha 4: não se pode esperar \"brisa\""},
       {step + "espera venda valor=12.50", "linha 4: \"12.50\" não é um valor em reais, como 12,50"},
+      {step + "espera venda valor=1,,0", "linha 4: \"1,,0\" não é um valor em reais, como 12,50"},
+      {step + "pergunta n\xE3o?", "linha 4: não está em UTF-8"},
       {step + "espera venda cor=azul", "linha 4: campo desconhecido: \"cor\""},
       {step + "espera venda\nresponde talvez",
        "linha 5: depois de \"responde\" vem aprova, recusa, morre ou ignora"},
@@ -455,7 +457,7 @@ TEST(Answer, GetsItsMessageAndLongReceipt) {
 
 TEST(Result, ShortensDocumentsAndRunsNothing) {
   Player player(kTwoSteps, {.automatic = true, .has_companion = true, .limit = std::nullopt});
-  player.Play("venda 1 1,00 800-011=<script>{{TITULO}}</script>");
+  player.Play("venda 1 1,00 800-011=<script>{{TITULO}}</script> 800-006=123.456.789-01");
   const Circumstances circumstances = {.program = "A & \"B\"",
                                        .program_version = {},
                                        .library_version = {},
@@ -467,6 +469,7 @@ TEST(Result, ShortensDocumentsAndRunsNothing) {
   EXPECT_EQ(page.find("<script"), page.npos);
   EXPECT_EQ(page.find("12345678000195"), page.npos);
   EXPECT_EQ(json.find("12345678000195"), json.npos);
+  EXPECT_EQ(json.find("123.456.789-01"), json.npos);
   EXPECT_NE(page.find("&lt;script&gt;{{TITULO}}&lt;/script&gt;"), page.npos);
   EXPECT_NE(page.find("<td>A &amp; &quot;B&quot;</td>"), page.npos);
   EXPECT_NE(page.find("Um &lt;b&gt;"), page.npos);
