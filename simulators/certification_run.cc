@@ -251,8 +251,8 @@ int Run(const RunOptions& options, gp::Director& books, const std::function<void
   const gp::KeySource source(!options.automatic, true);
   if (!options.automatic)
     Print(
-        "Teclas: s ou n responde à pergunta, p pula o passo, f o reprova,\n"
-        "v repete o passo ou volta ao anterior, r mostra o livro, q encerra e grava o resultado.\n");
+        "Teclas: s ou n responde à pergunta, p pula o passo, f o reprova, v\n"
+        "repete o passo ou volta ao anterior, r mostra o livro, q encerra e grava o resultado.\n");
   return gp::Manager(options.folder, {&director, &books}, [&] { return source.Next(); }).Run();
 } catch (const ScriptError& error) {
   Print((options.steps.empty() ? "roteiro" : Utf8(options.steps)) + ": " + error.what() + '\n',
