@@ -112,9 +112,7 @@ class Director : public gp::Director, public Stage {
 
   void Received(const Request&, const gp::Outcome&, Moment) override { decided_ = false; }
 
-  void Revise(const Request&, std::string& answer) override {
-    answer = Dressed(answer, *part_);
-  }
+  void Revise(const Request&, std::string& answer) override { answer = Dressed(answer, *part_); }
 
   void Answered(const Request& request, const Request& answer, Moment now) override {
     run_.OnAnswered(InUtf8(request), InUtf8(answer), now);
