@@ -90,11 +90,3 @@ TEST_F(Console, ShowsEachResultOnceAndEndsWithItsStatus) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  if (!MayEmptyThisMachine()) return 1;
-  testing::InitGoogleTest(&argc, argv);
-  const int failed = RUN_ALL_TESTS();
-  Clean();
-  return failed;
-}

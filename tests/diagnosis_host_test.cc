@@ -165,8 +165,3 @@ TEST(DiagnosisHost, NeedsNothing) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  return MayEmptyThisMachine() ? RUN_ALL_TESTS() : 1;
-}

@@ -462,11 +462,3 @@ TEST_F(DllFlow, SpeaksItsOwnCodePageInEveryHost) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  if (!MayEmptyThisMachine()) return 1;
-  testing::InitGoogleTest(&argc, argv);
-  const int failed = RUN_ALL_TESTS();
-  Clean();
-  return failed;
-}

@@ -96,9 +96,3 @@ TEST_F(Edge, VersionsComeFromResources) {
 
 }  // namespace
 }  // namespace caixora
-
-int main(int argc, char** argv) {
-  if (!MayEmptyThisMachine()) return 1;
-  testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
-}

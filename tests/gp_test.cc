@@ -141,11 +141,3 @@ TEST_F(Gp, GoesOnWithTheBooksOfOneThatWasEnded) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  if (!MayEmptyThisMachine()) return 1;
-  testing::InitGoogleTest(&argc, argv);
-  const int failed = RUN_ALL_TESTS();
-  Clean();
-  return failed;
-}

@@ -152,8 +152,3 @@ TEST(CertificationUnderWindows, FailsWhatIsWrong) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  return MayEmptyThisMachine() ? RUN_ALL_TESTS() : 1;
-}
