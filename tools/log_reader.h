@@ -21,15 +21,9 @@
 #include <vector>
 
 #include "tools/failures.h"
+#include "tools/log_time.h"
 
 namespace caixora {
-
-// Seconds of the machine's own clock, since 1970 by its calendar.
-using LogTime = std::int64_t;
-inline constexpr LogTime kNoTime = std::numeric_limits<LogTime>::min();
-
-std::string DateText(LogTime time);   // 07/03/2024
-std::string ClockText(LogTime time);  // 09:15:05
 
 struct LogLine {
   static constexpr std::uint32_t kNoCall = std::numeric_limits<std::uint32_t>::max();
@@ -42,6 +36,8 @@ struct LogLine {
   bool waits = false;  // one of the many of a wait
 
   std::string_view Message() const { return text.substr(message); }  // "(f)" included
+  std::string_view BareMessage() const;                              // without it
+  std::string_view Version() const;
 };
 
 enum class Outcome : std::uint8_t {
