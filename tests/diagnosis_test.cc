@@ -382,6 +382,6 @@ unsigned AnsiCodePage() { return facts.code_page; }
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  ReadCommon(CAIXORA_TRANSCRIPTS "/comum.txt");
+  ReadCommon();
   return RUN_ALL_TESTS();
 }

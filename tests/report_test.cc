@@ -61,10 +61,10 @@ bool Tells(const Call& call, const std::string& result) {
 class LibraryLogs : public testing::TestWithParam<bool> {};
 
 TEST_P(LibraryLogs, SayWhatTheHostGot) {
-  const std::filesystem::path folder = CAIXORA_TRANSCRIPTS;
   std::size_t payments = 0;
-  for (const char* file : {"operacoes", "recusas", "troca", "localizacao", "fluxo"}) {
-    for (const Case& script : ReadCases((folder / file).string() + ".txt")) {
+  for (const char* file :
+       {"operacoes.txt", "recusas.txt", "troca.txt", "localizacao.txt", "fluxo.txt"}) {
+    for (const Case& script : ReadCases(kTranscripts / file)) {
       SCOPED_TRACE(script.title);
       StartCase();
       Writer writer;
@@ -400,6 +400,6 @@ TEST(ReportCommand, SaysWhatIsWrong) {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  ReadCommon(CAIXORA_TRANSCRIPTS "/comum.txt");
+  ReadCommon();
   return RUN_ALL_TESTS();
 }

@@ -158,9 +158,9 @@ void Act(const std::string& line) {
 
 }  // namespace
 
-std::vector<Case> ReadCases(const std::string& path) {
+std::vector<Case> ReadCases(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error(path);
+  if (!file) throw std::runtime_error(path.filename().string());
   std::vector<Case> cases(1);
   for (std::string line; std::getline(file, line);)
     if (line.starts_with("== "))
@@ -170,9 +170,9 @@ std::vector<Case> ReadCases(const std::string& path) {
   return cases;
 }
 
-void ReadCommon(const std::string& path) {
+void ReadCommon() {
   Lines texts;  // of the passages
-  const std::vector<Case> whole = ReadCases(path);
+  const std::vector<Case> whole = ReadCases(kTranscripts / "comum.txt");
   for (std::string line : whole.front().lines) {
     if (IsTranscript(line)) {
       texts.back() += line.substr(1);

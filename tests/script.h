@@ -2,6 +2,7 @@
 // it. transcripts/comum.txt tells how they are written.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,14 +14,17 @@ struct Case {
   std::string title;
   Lines lines;
 };
-std::vector<Case> ReadCases(const std::string& path);
+std::vector<Case> ReadCases(const std::filesystem::path& path);
+
+// The folder of the scripts, whose name may have any letters.
+inline const std::filesystem::path kTranscripts = u8"" CAIXORA_TRANSCRIPTS;
 
 inline constexpr std::size_t kWidth = 118;
 inline constexpr char kArrow[] = " -> ";
 inline bool IsTranscript(const std::string& line) { return line.starts_with("  "); }
 
 // Reads what all cases share: the machine that they start on, names of texts, and passages.
-void ReadCommon(const std::string& path);
+void ReadCommon();
 
 // Starts over, on the machine that all cases start on.
 void StartCase();

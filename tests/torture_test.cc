@@ -145,12 +145,11 @@ void Torture(const Lines& script) {
 }
 
 TEST(Torture, LosesNothing) {
-  const std::string folder = CAIXORA_TRANSCRIPTS;
-  ReadCommon(folder + "/comum.txt");
+  ReadCommon();
   known_results = {"= 34"};
   for (const char* file :
-       {"/operacoes.txt", "/recusas.txt", "/localizacao.txt", "/troca.txt", "/fluxo.txt"})
-    for (const Case& script : ReadCases(folder + file)) {
+       {"operacoes.txt", "recusas.txt", "localizacao.txt", "troca.txt", "fluxo.txt"})
+    for (const Case& script : ReadCases(kTranscripts / file)) {
       StartCase();
       for (const std::string& line : script.lines)
         if (!IsTranscript(line) && RunLine(line)) known_results.insert(machine.notes.back());

@@ -12,7 +12,6 @@
 
 namespace {
 
-const std::filesystem::path kFolder = CAIXORA_TRANSCRIPTS;
 bool records = false;
 
 // On a thread of its own, since a call that ends the program never comes back.
@@ -60,10 +59,10 @@ std::string Difference(Lines written, Lines now) {
 }
 
 TEST(Transcripts, AreAsWritten) {
-  for (const auto& entry : std::filesystem::directory_iterator(kFolder)) {
+  for (const auto& entry : std::filesystem::directory_iterator(kTranscripts)) {
     if (entry.path().filename() == "comum.txt") continue;
     std::string file;
-    for (const Case& script : ReadCases(entry.path().string())) {
+    for (const Case& script : ReadCases(entry.path())) {
       if (!script.title.empty()) file += "== " + script.title + "\n";
       const Lines now = Replay(script);
       for (const std::string& line : now) file += line + "\n";
@@ -79,6 +78,6 @@ TEST(Transcripts, AreAsWritten) {
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   records = argc > 1 && std::string(argv[1]) == "--gravar";
-  ReadCommon((kFolder / "comum.txt").string());
+  ReadCommon();
   return RUN_ALL_TESTS();
 }
