@@ -92,6 +92,13 @@ class Reader {
     return *span;
   }
 
+  // Of nothing at all, and each step would fail before it was read.
+  Span Limit(std::string_view text) const {
+    const Span span = Duration(text);
+    if (span == Span::zero()) Fail(Quoted(text) + " não dá tempo a ninguém");
+    return span;
+  }
+
   Step& Current(std::string_view word) {
     if (script_.steps.empty()) Fail(Quoted(word) + " antes do primeiro passo");
     return script_.steps.back();
@@ -110,8 +117,7 @@ class Reader {
     } else if (word == "encerramento") {
       script_.closing = Duration(line);
     } else if (word == "prazo") {
-      (script_.steps.empty() ? script_.limit : script_.steps.back().limit.emplace()) =
-          Duration(line);
+      (script_.steps.empty() ? script_.limit : script_.steps.back().limit.emplace()) = Limit(line);
     } else if (word == "passo") {
       BeginStep(line);
     } else if (word == "titulo") {

@@ -110,7 +110,8 @@ std::optional<Options> ReadOptions(int argc, char** argv) {
   }
   options.run.program = Utf8(options.run.program);
   options.run.limit = certification::ReadSpan(limit);
-  if (!limit.empty() && !options.run.limit) return std::nullopt;
+  if (!limit.empty() && options.run.limit.value_or(certification::Span{}).count() == 0)
+    return std::nullopt;
   return options;
 }
 

@@ -428,6 +428,7 @@ TEST(Script, IsRefusedWithItsLine) {
       {step + "espera cancelamento controle=$x.controle",
        "linha 4: nenhuma linha acima dá o nome \"x\""},
       {step + "prazo 5", "linha 4: \"5\" não é um tempo, como 90s, 500ms ou 2min"},
+      {step + "prazo 0s", "linha 4: \"0s\" não dá tempo a ninguém"},
       {step + "espera venda\npasso a", "linha 5: o passo \"a\" já existe"},
   };
   for (const auto& [text, reason] : rows) {
