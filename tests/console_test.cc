@@ -36,7 +36,7 @@ TEST_F(Console, ShowsEachResultOnceAndEndsWithItsStatus) {
       {L"VendeCredito 11 22 12,50 5 1", "", 4, "RESPOSTA LOCAL", "", "VendeCredito"},
       {L"VendeCredito 11 22 12,50 6 1", "", 1, "Mensagem: GP NÃO ATIVO\n  O GP não estava", "",
        "VendeCredito"},
-      {L"VendeCredito 11 22 12,50 8 1", "", 1, "O resultado é incerto", "", "VendeCredito"},
+      {L"VendeCredito 11 22 12,50 8 1", "", 1, "RESULTADO INCERTO (S;0)", "", "VendeCredito"},
       {L"Confirmar 11 22 1 + VendeCredito 11 22 1,00 10 1 + Teste", "", 1, "== Teste: OK", "",
        "Teste"},
       {L"Confirmar 11 22 1", "", 0, "(resposta local) (S;2)\n  Mensagem", "", "Confirmar"},

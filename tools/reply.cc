@@ -30,11 +30,17 @@ bool IsSuccess(Kind kind, const caixora_pdv::Resultado& result) {
   return result.Aprovada() || (kind == Kind::kOutcome && result.RespostaLocal());
 }
 
-std::string_view Outcome(Kind kind, const caixora_pdv::Resultado& result) {
+// It is known what happened, and with that what to do.
+bool IsCertain(const Reply& reply, const caixora_pdv::Resultado& result) {
+  return result.RespostaLocal() ||
+         caixora_pdv::NegativaCerta(result, std::chrono::milliseconds(reply.milliseconds));
+}
+
+std::string_view Outcome(Kind kind, const caixora_pdv::Resultado& result, bool certain) {
   if (result.RespostaLocal())
     return kind == Kind::kOutcome ? "pedido gravado (resposta local)"
                                   : "RESPOSTA LOCAL, que não é uma aprovação";
-  if (result.codigo == 0) return "recusada ou com falha";
+  if (result.codigo == 0) return certain ? "recusada ou com falha" : "RESULTADO INCERTO";
   const bool sale = kind == Kind::kSale;
   if (result.codigo == 1) return sale ? "aprovada, com comprovante" : "feita, com comprovante";
   return sale ? "aprovada, sem comprovante" : "feita, sem comprovante";
@@ -62,7 +68,8 @@ std::string InReais(const caixora_pdv::Resultado& result) {
 }
 
 std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
-  std::string text(Outcome(reply.kind, result));
+  const bool certain = IsCertain(reply, result);
+  std::string text(Outcome(reply.kind, result, certain));
   if (result.bruto.starts_with("S;")) text += " (S;" + std::to_string(result.codigo) + ")";
   text += "\n";
   const auto add = [&](std::string_view title, const std::string& value) {
@@ -74,14 +81,12 @@ std::string Decoded(const Reply& reply, const caixora_pdv::Resultado& result) {
     add(kTitles[i], kTitles[i] == "Valor" ? InReais(result) : value);
   }
   for (const std::string& line : result.comprovante) text += "  | " + Visible(line) + "\n";
-  const auto time = std::chrono::milliseconds(reply.milliseconds);
   if (reply.Succeeded()) return text;
-  if (result.RespostaLocal() || caixora_pdv::NegativaCerta(result, time))
-    return text + Remedy(result.bruto);
+  if (certain) return text + Remedy(result.bruto);
   if (reply.kind == Kind::kOutcome)
     return text + "  Não se sabe se o GP recebeu o pedido. Repita a chamada antes de outra.\n";
   return text +
-         "  O resultado é incerto: o GP pode ter feito a operação. Uma venda se desfaz:\n"
+         "  O GP pode ter feito a operação. Uma venda se desfaz:\n"
          "  Desfazimento, com o mesmo cupom. Outra operação se verifica no GP.\n";
 }
 
