@@ -15,7 +15,10 @@
  *    bytes through (const char *)texto and their count with SysStringByteLen, then give it back
  *    with SysFreeString. The library keeps no reference to it.
  * 4. Every call blocks its thread until it has ended; while the GP's answer is awaited there is no
- *    time limit. The library's state is process-wide and unguarded: one call at a time.
+ *    time limit. A GP that does not take its request for some five minutes is killed and started,
+ *    also under the mark of a developer's machine (C:\OrvaneAutomacao.txt), which turns off only
+ *    the checks that it runs. The library's state is process-wide and unguarded: one call at a
+ *    time.
  * 5. No call raises an error or exception. One thing ends the host: a log file that cannot be
  *    opened for reading and appending prints a message on the standard output and exits with
  *    status 1. A call that finds no memory at all for its result waits at its start until there is
@@ -23,8 +26,8 @@
  * 6. Confirmar and Desfazimento leave a pending confirmation, which the next answer read forgets. A
  *    call of theirs that is refused, or that finds the GP not running, leaves it in force, and the
  *    next payment call is then answered as if it were the confirmation. REPEAT THE REFUSED CALL
- *    before any other. Teste, Cancelar and RecargaCelular forget it, and the sale stays without
- *    its outcome.
+ *    before any other, also after "S;0;FALHA INTERNA, VERIFIQUE...", with which it is forgotten.
+ *    Teste, Cancelar and RecargaCelular forget it, and the sale stays without its outcome.
  * 7. Every approved sale has one outcome: Confirmar or Desfazimento, with the same iCupom. A coupon
  *    number is never used for a second sale, not even after a refusal. Each call begins by removing
  *    a request that the GP has not taken yet, an outcome too.

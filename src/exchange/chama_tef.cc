@@ -61,7 +61,10 @@ ResultString ChamaTef(const TefCall& call) noexcept {
                                   return nullptr;
                                 });
   if (result == nullptr && !exchange.request_written) result = MakeResult({kFailedBefore});
-  return result != nullptr ? std::move(result) : std::move(spare);
+  if (result != nullptr) return result;
+  // As after every answer: a confirmation that is still pending would answer the next sale.
+  state.PendingConfirmation = Pending::kNothing;
+  return spare;
 }
 
 }  // namespace caixora
