@@ -69,6 +69,7 @@ void File::Close() noexcept {
 }
 
 SystemError File::Read(char* buffer, std::size_t size, std::size_t& taken) noexcept {
+  const NoDialogs scope;
   DWORD done = 0;
   const auto wanted = static_cast<DWORD>(std::min<std::size_t>(size, 1u << 30));
   const SystemError error = ErrorOf(::ReadFile(handle_, buffer, wanted, &done, nullptr));
@@ -78,6 +79,7 @@ SystemError File::Read(char* buffer, std::size_t size, std::size_t& taken) noexc
 
 SystemError File::Write(std::string_view bytes) noexcept {
   if (bytes.size() > MAXDWORD) return static_cast<SystemError>(ERROR_FILE_TOO_LARGE);
+  const NoDialogs scope;
   const auto size = static_cast<DWORD>(bytes.size());
   DWORD written = 0;
   const SystemError error = ErrorOf(::WriteFile(handle_, bytes.data(), size, &written, nullptr));
@@ -87,6 +89,7 @@ SystemError File::Write(std::string_view bytes) noexcept {
 }
 
 SystemError File::SeekToEnd(std::int64_t& size) noexcept {
+  const NoDialogs scope;
   LARGE_INTEGER end{};
   const SystemError error = ErrorOf(::SetFilePointerEx(handle_, LARGE_INTEGER{}, &end, FILE_END));
   size = end.QuadPart;
