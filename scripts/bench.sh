@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the library against floors in plain C, under Wine; see bench/bench.cc.
-source "$(dirname "$0")/lib.sh"
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 install_missing
 build windows
 make_prefix

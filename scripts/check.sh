@@ -46,7 +46,7 @@ cppcheck --quiet --std=c++20 --platform=win64 --enable=warning,performance,porta
   simulators/*.cc tools/*.cc examples/*.c bench/*.cc bench/*.c
 
 echo '== public header: ASCII, C and C++ by itself, refused by 32-bit compilers'
-! LC_ALL=C grep -n '[^ -~]' include/caixora.h
+if LC_ALL=C grep -n '[^ -~]' include/caixora.h; then exit 1; fi
 for language in c11 c++20; do
   x86_64-w64-mingw32-g++-posix -x "${language%%[0-9]*}" -std=$language -pedantic-errors -Wall -Werror \
     -fsyntax-only include/caixora.h

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Fuzzes each target for a number of seconds (60 by default), one after the other, or the targets
 # named: scripts/fuzz.sh 1200 CheckAnswer
-source "$(dirname "$0")/lib.sh"
+source "$(dirname "$(readlink -f "$0")")/lib.sh" || exit
 seconds=${1:-60}
 targets=("${@:2}")
 [ ${#targets[@]} -gt 0 ] || targets=(CheckAnswer CheckRequest CheckTexts)
 
-install_missing clang-14 libclang-rt-14-dev
+install_missing clang libclang-rt-dev
 cmake --preset native >/dev/null  # its list of sources may be an old one
 
 # Where an allocation came from costs more to note than the rest of a run.
@@ -18,7 +18,7 @@ for target in "${targets[@]}"; do
   # The words below stand in for comparisons, which would cost half of each run to trace; branches
   # within the standard library tell nothing.
   printf 'fun:_Z%s*\n' St NSt NKSt >"$out/untraced"
-  clang++-14 -std=c++20 -g -O2 -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
+  clang++ -std=c++20 -g -O2 -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
     -fno-sanitize-coverage=trace-cmp -fsanitize-coverage-ignorelist="$out/untraced" \
     -Isrc -Iinclude -Itests "-DCHECK=$target" \
     -o "$out/fuzz" fuzz/target.cc tests/properties.cc tests/machine.cc \

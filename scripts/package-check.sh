@@ -98,7 +98,7 @@ mingw=(-DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" "-DCMAKE_FIND_ROOT_PA
 microsoft=(-DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR=AMD64 -DCMAKE_C_COMPILER=clang
   -DCMAKE_C_COMPILER_TARGET=x86_64-pc-windows-msvc -DCMAKE_C_COMPILER_WORKS=1
   -DCMAKE_TRY_COMPILE_TARGET_TYPE=STATIC_LIBRARY -DCMAKE_C_STANDARD_LIBRARIES=
-  "-DCMAKE_EXE_LINKER_FLAGS=-L$out/sdk -Wl,-nodefaultlib:msvcrt")
+  "-DCMAKE_EXE_LINKER_FLAGS=-L\"$out/sdk\" -Wl,-nodefaultlib:msvcrt")
 runs() {
   local status=0
   (cd "$out/$1" && wine consumer.exe) >"$out/said" 2>&1 </dev/null || status=$?
