@@ -31,7 +31,10 @@ inline bool MayEmptyThisMachine() {
   if (GetProcAddress(ntdll, "wine_get_version") != nullptr) return true;
   if (std::getenv("CAIXORA_TESTS_MAY_EMPTY_THIS_MACHINE") != nullptr) return true;
   std::puts(
-      "These tests empty C:\\Tef_Dial, C:\\Lumetra and C:\\Trevix and end Trevix.exe.\n"
+      "These tests empty C:\\Tef_Dial, C:\\Lumetra, C:\\Trevix, C:\\caixa, C:\\Outra\n"
+      "and what has these names but for an accent or a \"Log\" at the end, fill a disk\n"
+      "F: of less than 1 MB, and end Trevix.exe, Email.exe and\n"
+      "clientorvane_simulador.exe.\n"
       "To let them, set CAIXORA_TESTS_MAY_EMPTY_THIS_MACHINE.");
   return false;
 }
