@@ -187,6 +187,20 @@ def run(report, photos):
             browser.size(width, 800)
             check(f"rolagem para o lado, {width}", browser.js(
                 "document.documentElement.scrollWidth"), width)
+        browser.size(700, 1000)
+        browser.call("Emulation.setEmulatedMedia", media="print")
+        check("no papel, o que falhou está explicado e o mais em uma linha", browser.js(
+            "(() => { const opened = document.querySelectorAll('.opened').length;"
+            "dispatchEvent(new Event('beforeprint'));"
+            "const calls = [...document.querySelectorAll('.call:not(.opened)')];"
+            "const said = [...document.querySelectorAll('.call:not([data-o=\"1\"]) .why')];"
+            "const seen = [said.length > 10, said.every((why) => why.offsetHeight > 0),"
+            "calls.length > 100, calls.every((call) => call.offsetHeight < 60),"
+            "[...document.querySelectorAll('time')].every((t) => t.offsetHeight < 20)];"
+            "dispatchEvent(new Event('afterprint'));"
+            "return [...seen, document.querySelectorAll('.opened').length === opened]; })()"),
+              [True] * 6)
+        browser.call("Emulation.setEmulatedMedia", media="")
         requests = [e["params"]["request"]["url"] for e in browser.events
                     if e.get("method") == "Network.requestWillBeSent"]
         check("pedidos à rede", [url for url in requests if not url.startswith("file:")], [])
