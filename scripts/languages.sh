@@ -19,8 +19,8 @@ if [ $# -ne 1 ]; then
   exit
 fi
 
-# Tests run beside those of the DLL: they have a Windows of their own.
-[ -z "${bin:-}" ] || export CAIXORA_WINEPREFIX+=-linguagens WINEPREFIX+=-linguagens
+# Tests run beside those of the DLL and of other languages: they have a Windows of their own.
+[ -z "${bin:-}" ] || export CAIXORA_WINEPREFIX+=-linguagens-$lane WINEPREFIX+=-linguagens-$lane
 language=$1
 script=scripts/languages/$language.sh
 [ -e "$script" ] || stop "Falta $script."

@@ -46,10 +46,11 @@ install_missing() {  # [packages...] beside those of every build
   local as_root=(env DEBIAN_FRONTEND=noninteractive)
   [ "$(id -u)" -eq 0 ] || as_root=(sudo "${as_root[@]}")
   echo "Instalando: ${packages[*]}"
-  # Lists that cannot be brought up to date may still name the packages.
+  # Lists that cannot be brought up to date may still name the packages. One test at a time: the
+  # installer does not wait for another.
   type -P apt-get >/dev/null && type -P "${as_root[0]}" >/dev/null &&
-    { "${as_root[@]}" apt-get update -qq || true; } &&
-    "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null ||
+    { flock "$project" "${as_root[@]}" apt-get update -qq || true; } &&
+    flock "$project" "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null ||
     stop "Faltam pacotes, que só o administrador da máquina pode instalar. Peça a ele:
   apt-get update && apt-get install --no-install-recommends ${packages[*]}"
 }
@@ -81,9 +82,9 @@ Apague-a, ou indique outra em CAIXORA_WINEPREFIX."
     rm -rf "$WINEPREFIX"
     mkdir -p "$WINEPREFIX"
     : >"$ours"
-    { wineboot -i && wineserver -w; } >build/wineboot.log 2>&1 </dev/null ||
+    { wineboot -i && wineserver -w; } >"$WINEPREFIX/wineboot.log" 2>&1 </dev/null ||
       stop "O Wine não preparou $WINEPREFIX:
-$(cat build/wineboot.log)"
+$(cat "$WINEPREFIX/wineboot.log")"
     echo completa >"$ours"
   fi
   for drive in d e f; do

@@ -29,6 +29,6 @@ if [ -n "$full_disk" ]; then
 fi
 # One run, and one count, over both build folders.
 printf 'subdirs("native" "windows")\n' >build/CTestTestfile.cmake
-# What needs Windows goes one by one, but for the languages, which have their own; the native tests
-# run beside both.
-ctest --test-dir build --output-on-failure -j "$(nproc)" "${arguments[@]}"
+# What needs Windows goes one by one, but for the languages, which have two of their own; the native
+# tests run beside them. Most of them wait most of the time.
+ctest --test-dir build --output-on-failure -j "$(($(nproc) + 1))" "${arguments[@]}"
