@@ -7,6 +7,7 @@
 namespace {
 
 enum ExitCode : DWORD { kUsage = 1, kNotStarted = 127 };
+constexpr int kAttempts = 5;
 
 // The command line behind its first word; the word, without its quotes, goes to `word`.
 std::wstring_view AfterWord(std::wstring_view line, std::wstring& word) {
@@ -46,8 +47,14 @@ int main() {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION started{};
-  if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &startup, &started)) {
+  BOOL begun = FALSE;
+  // Wine loses a program now and then while it starts, before any of it has run.
+  for (int attempt = 1; !begun; ++attempt) {
+    begun = ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                             &startup, &started);
+    if (attempt == kAttempts || ::GetLastError() != ERROR_INTERNAL_ERROR) break;
+  }
+  if (!begun) {
     caixora::Print("O programa não foi iniciado, erro " + std::to_string(::GetLastError()) + "\n",
                    STD_ERROR_HANDLE);
     return kNotStarted;

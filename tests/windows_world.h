@@ -101,12 +101,20 @@ inline Handle Start(std::wstring command, HANDLE token = nullptr, HANDLE output 
   PROCESS_INFORMATION process{};
   wchar_t* const line = command.data();
   const BOOL inherit = output != nullptr;
-  const BOOL started = token == nullptr
-                           ? CreateProcessW(nullptr, line, nullptr, nullptr, inherit, 0, nullptr,
-                                            nullptr, &startup, &process)
-                           : CreateProcessAsUserW(token, nullptr, line, nullptr, nullptr, inherit,
-                                                  0, nullptr, nullptr, &startup, &process);
-  if (!started) return nullptr;
+  const auto start = [&] {
+    return token == nullptr ? CreateProcessW(nullptr, line, nullptr, nullptr, inherit, 0, nullptr,
+                                             nullptr, &startup, &process)
+                            : CreateProcessAsUserW(token, nullptr, line, nullptr, nullptr, inherit,
+                                                   0, nullptr, nullptr, &startup, &process);
+  };
+  BOOL started = start();
+  // Wine loses a program now and then while it starts, before any of it has run.
+  for (int more = 4; !started && GetLastError() == ERROR_INTERNAL_ERROR && more > 0; --more)
+    started = start();
+  if (!started) {
+    std::printf("%ls: error %lu\n", command.c_str(), GetLastError());
+    return nullptr;
+  }
   CloseHandle(process.hThread);
   return Handle(process.hProcess);
 }
