@@ -50,7 +50,8 @@ install_missing() {  # [packages...] beside those of every build
   # installer does not wait for another.
   type -P apt-get >/dev/null && type -P "${as_root[0]}" >/dev/null &&
     { flock "$project" "${as_root[@]}" apt-get update -qq || true; } &&
-    flock "$project" "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null ||
+    flock "$project" "${as_root[@]}" apt-get install -y -qq --no-install-recommends \
+      "${packages[@]}" >/dev/null ||
     stop "Faltam pacotes, que só o administrador da máquina pode instalar. Peça a ele:
   apt-get update && apt-get install --no-install-recommends ${packages[*]}"
 }
