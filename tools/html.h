@@ -14,6 +14,7 @@ namespace caixora {
 
 class Html {
  public:
+  // With `whole`, nothing of the log is shortened.
   Html(std::ostream& page, bool whole) : page_(page), whole_(whole) {}
   ~Html() { page_ << buffer_; }
   Html(const Html&) = delete;
